@@ -1,0 +1,44 @@
+// The umbrella header of libKep11: including it (and linking -lKep11) reaches the
+// whole public interface.
+#ifndef KEP_KEP_H
+#define KEP_KEP_H
+
+// Object runtime
+#include "kep/base/KepBridge.h"
+#include "kep/base/KepClassID.h"
+#include "kep/base/KepDebugger.h"
+#include "kep/base/KepDefs.h"
+#include "kep/base/KepFactory.h"
+#include "kep/base/KepGlobals.h"
+#include "kep/base/KepInit.h"
+#include "kep/base/KepLogger.h"
+#include "kep/base/KepObject.h"
+#include "kep/base/KepProcess.h"
+#include "kep/base/KepRObject.h"
+#include "kep/base/KepRSharedData.h"
+#include "kep/memory/KepMemory.h"
+#include "kep/memory/_KepMemoryDup.h"
+#include "kep/memory/_KepMemoryTest.h"
+
+// Text
+#include "kep/base/KepRString.h"
+#include "kep/base/KepString.h"
+
+// DOM and XML
+#include "kep/xml/KepDOMChildNode.h"
+#include "kep/xml/KepDOMElement.h"
+#include "kep/xml/KepDOMNode.h"
+#include "kep/xml/KepDOMParentNode.h"
+
+// Events
+#include "kep/base/KepEvent.h"
+
+// Streams and files
+#include "kep/io/KepIOStream.h"
+
+// Threads
+#include "kep/multi/_KepSemaphore.h"
+#include "kep/multi/_KepThread.h"
+#include "kep/multi/_KepThreadWords.h"
+
+#endif  // KEP_KEP_H

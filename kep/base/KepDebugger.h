@@ -1,0 +1,31 @@
+// KepDebugger: instance accounting of the object model. With bit 0 of gDiagKep
+// set, the body and handle constructors and destructors report themselves here.
+#ifndef KEP_BASE_KEPDEBUGGER_H
+#define KEP_BASE_KEPDEBUGGER_H
+
+#include <cstdint>
+
+#include "kep/base/KepDefs.h"
+
+// All operations are static and thread-safe.
+class KEP_API KepDebugger {
+ public:
+  // Start-up and shut-down counters, called by Kep::init and Kep::destroy.
+  static void init();
+  static void destroy();
+
+  // A body was constructed / destroyed.
+  static void notifyObjectCreate(KepRObject* body);
+  static void notifyObjectDestroy(KepRObject* body);
+  // A handle was constructed / destroyed.
+  static void notifyBridgeCreate(KepObject* handle);
+  static void notifyBridgeDestroy(KepObject* handle);
+
+  // Live bodies and handles counted since the counters were last reset.
+  static int64_t liveObjects();
+  static int64_t liveBridges();
+  // Clears both counters.
+  static void resetCounts();
+};
+
+#endif  // KEP_BASE_KEPDEBUGGER_H

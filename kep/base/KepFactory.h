@@ -1,0 +1,99 @@
+// KepFactory: makes objects from class ids by cloning registered prototypes.
+#ifndef KEP_BASE_KEPFACTORY_H
+#define KEP_BASE_KEPFACTORY_H
+
+#include "kep/base/KepClassID.h"
+#include "kep/base/KepObject.h"
+
+class KepString;
+
+// The factory keeps one table, per process, from class id to a prototype object
+// (held through a heap handle) and makes new objects by the prototype's
+// createAnother(). A class that a loadable service provides is announced with the
+// service's id and no prototype; the service is started on the first request.
+//
+// Unknown ids (other than 0x40024, which falls back to a plain object), services
+// that do not register their class, and a factory that was never initialised all
+// give a null handle. Registering a class again keeps the first prototype.
+//
+// Thread safety: every operation runs under lock 2 of the process shared-data
+// store. A service's init() runs with that lock held and must not wait for a
+// factory call made on another thread.
+class KEP_API KepFactory {
+ public:
+  // Counts an initialisation; the first one makes the table. Logs
+  // "Initializating KepFactory, invocation #%d, for current process".
+  static void init();
+  // Counts down an initialisation.
+  static void destroy();
+
+  // Registers a class by prototype: `holder` is made to target `prototype`, and
+  // the table entry for prototype->getClassID() is added (or completed, when a
+  // service announced the class). The factory keeps `holder` until the class is
+  // unregistered; the caller must not free it.
+  static void registerClass(KepObject* holder, KepObject* prototype);
+  // Registers a library body under `classId`: `holder` is made to target `body`.
+  static void registerInternalClass(int classId, KepObject* holder, void* body);
+  // As above, with the id taken from the body's getClassID().
+  static void registerInternalClass(KepObject* holder, void* body);
+  // Announces that service `serviceId` provides `classId` (no prototype yet).
+  // Answers 0.
+  static int registerClass(int classId, int serviceId);
+  // Removes the entry and frees its holder handle.
+  static void unregisterClass(int classId);
+
+  // A new object of class `classId` with its service set to `service`. `sub` is
+  // accepted and not used.
+  static KepObject getObjectStatic(int classId, int sub, int service);
+  static KepObject getObjectStatic(int classId, int service);
+  // As above with the service of `owner` (0 when `owner` is null).
+  static KepObject getObjectStatic(int classId, int sub, KepObject& owner);
+  static KepObject getObjectStatic(int classId, KepObject& owner);
+  // As above with the class id KepProcess::nameToTag(name).
+  static KepObject getObjectStatic(KepString const& name, int service);
+  static KepObject getObjectStatic(KepString const& name, int sub, int service);
+
+  // A new heap handle on the object (its own newBridge()).
+  static KepObject* newBridge(KepObject const& object);
+  static KepObject* newBridge(KepRObject const& object);
+  // Frees `*p` with its freeBridge() when not null and sets `p` to null.
+  static void freeBridge(KepObject const*& p);
+
+  // Installs the hook that starts the service providing an announced class. It
+  // answers true when the service was found and started (its init() is expected
+  // to register the class). Without a hook, announced classes give null handles.
+  using ServiceStarter = bool (*)(int serviceId);
+  static void setServiceStarter(ServiceStarter starter);
+
+  // Number of entries in the table (0 before init()).
+  static int classCount();
+};
+
+// Shorthands for KepFactory::getObjectStatic.
+KEP_API KepObject KepGetObject(int classId, int sub, int service);
+KEP_API KepObject KepGetObject(int classId, int service);
+KEP_API KepObject KepGetObject(KepString const& name, int service);
+KEP_API KepObject KepGetObject(KepString const& name, int sub, int service);
+
+// Library classes announce themselves for start-up with KEP_REGISTER_LIBRARY_CLASS
+// in their source file; Kep::init makes one body of each and registers it with
+// the factory. The list is walked in registration order after the start-up's own
+// ordering rules.
+struct KEP_API KepLibraryClass {
+  int classId;
+  KepRObject* (*make)();
+  KepLibraryClass* next;
+};
+// Adds an entry to the list of library classes (called during static
+// initialisation).
+KEP_API void KepAddLibraryClass(KepLibraryClass* entry);
+// The first entry of the list, or null.
+KEP_API KepLibraryClass* KepFirstLibraryClass();
+
+#define KEP_REGISTER_LIBRARY_CLASS(S)                                         \
+  static KepLibraryClass kepLibraryClass_##S{                                 \
+      KepClassID::S, []() -> KepRObject* { return new KepR##S(); }, nullptr}; \
+  [[maybe_unused]] static int const kepLibraryClassAdded_##S =                \
+      (KepAddLibraryClass(&kepLibraryClass_##S), 0)
+
+#endif  // KEP_BASE_KEPFACTORY_H

@@ -1,0 +1,123 @@
+#include "kep/base/KepInit.h"
+
+#include "kep/base/KepDebugger.h"
+#include "kep/base/KepFactory.h"
+#include "kep/base/KepGlobals.h"
+#include "kep/base/KepLogger.h"
+#include "kep/base/KepProcess.h"
+#include "kep/base/KepRObject.h"
+#include "kep/base/KepRSharedData.h"
+#include "kep/memory/KepMemory.h"
+#include "kep/multi/_KepThread.h"
+
+std::atomic<int> InitComplete{0};
+
+namespace {
+
+constexpr uint64_t kInitMark = 0xf59cd439u;
+
+// Counts one initialisation under lock 0 and answers the new count. The count is
+// kept in slot 31 and mirrored in slot 18, whose value plus one gives the count of
+// a later initialisation.
+int countInit() {
+  KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  int count;
+  if (KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_MARK) != kInitMark) {
+    KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_MARK, kInitMark);
+    count = 1;
+  } else {
+    count = static_cast<int>(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_LAST)) + 1;
+  }
+  KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT, static_cast<uint64_t>(count));
+  KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_LAST, static_cast<uint64_t>(count));
+  KepRSharedData::unlock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  return count;
+}
+
+// Counts one initialisation down; answers true for the last one.
+bool countDestroy() {
+  KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  uint64_t count = KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT);
+  uint64_t left = count > 0 ? count - 1 : 0;
+  KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT, left);
+  KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_LAST, left);
+  KepRSharedData::unlock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  return count == 1;
+}
+
+void registerLibraryClasses() {
+  for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
+    KepFactory::registerInternalClass(c->classId, KepObject::newObject(), c->make());
+  }
+}
+
+void unregisterLibraryClasses() {
+  for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
+    KepFactory::unregisterClass(c->classId);
+  }
+}
+
+}  // namespace
+
+void Kep::init(int a) { init(a, 1, nullptr); }
+
+void Kep::init(int a, int b) { init(a, b, nullptr); }
+
+void Kep::init(int /*a*/, int b, char* /*configName*/) {
+  KepRSharedData::init();
+  int count = countInit();
+  bool first = count == 1;
+  if (first) gKepLogOptions.store(b == 0 ? 130 : static_cast<unsigned long>(b));
+  KepLogger::init();
+  KepDebugger::init();
+  KepProcess::logDebugString("Initializating KEP, invocation #%d, for current process", count);
+  KepMemory::init();
+  KepFactory::init();
+  if (first) registerLibraryClasses();
+}
+
+void Kep::destroy() {
+  bool last = countDestroy();
+  if (last) {
+    KepProcess::logDebugString("Unregistering classes\n");
+    unregisterLibraryClasses();
+  }
+  KepFactory::destroy();
+  KepMemory::destroy();
+  KepDebugger::destroy();
+  KepLogger::destroy();
+  if (last) {
+    gDiagKep.store(0);
+    gDiagCPPAlloc.store(0);
+    gDiagKepAlloc.store(0);
+    _gKepDiagQBAlloc.store(0);
+  }
+  KepRSharedData::destroy();
+}
+
+void Kep::version(int& major, int& minor) {
+  major = 1;
+  minor = 0;
+}
+
+int Kep::initCount() {
+  return static_cast<int>(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT));
+}
+
+void KepInit(int a, int b, char* configName) { Kep::init(a, b, configName); }
+
+void KepDestroy() { Kep::destroy(); }
+
+void KepVersion(int* major, int* minor) {
+  if (major != nullptr) *major = 1;
+  if (minor != nullptr) *minor = 0;
+}
+
+__attribute__((constructor)) void kep_init() {
+  if (_KepMSemCreate(&KepProcessSemaphore) == 0) InitComplete.store(1, std::memory_order_release);
+}
+
+__attribute__((destructor)) void kep_fini() {
+  InitComplete.store(0, std::memory_order_release);
+  if (KepProcessSemaphore != nullptr) _KepMSemDestroy(&KepProcessSemaphore);
+}

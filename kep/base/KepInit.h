@@ -1,0 +1,47 @@
+// Library start-up and shut-down: Kep::init, Kep::destroy and the loader hooks.
+#ifndef KEP_BASE_KEPINIT_H
+#define KEP_BASE_KEPINIT_H
+
+#include <atomic>
+
+#include "kep/base/KepDefs.h"
+
+// 1 once the loader hook kep_init has made the process semaphore; 0 before that
+// and after kep_fini.
+KEP_API extern std::atomic<int> InitComplete;
+
+// Start-up is counted: nested or repeated initialisations share one set of
+// subsystems; the first one registers the library's classes, and only the last
+// destroy() takes them down again.
+//
+// Thread safety: start-up and shut-down are expected to run on one thread.
+class KEP_API Kep {
+ public:
+  // Kep::init(a, 1, null).
+  static void init(int a);
+  // Kep::init(a, b, null).
+  static void init(int a, int b);
+  // Brings the library up. `a` is not used by the library; `b` is the default
+  // log option word used when no start-up options name a logger (0 means 130);
+  // `configName` names the configuration to load (null for none).
+  static void init(int a, int b, char* configName);
+  // Takes one initialisation down; the last one unregisters the classes.
+  static void destroy();
+  // Writes major 1 and minor 0.
+  static void version(int& major, int& minor);
+  // The number of live initialisations.
+  static int initCount();
+};
+
+extern "C" {
+// Flat forms of Kep::init(a, b, configName), Kep::destroy() and Kep::version();
+// KepVersion writes through each pointer only when it is not null.
+KEP_API void KepInit(int a, int b, char* configName);
+KEP_API void KepDestroy();
+KEP_API void KepVersion(int* major, int* minor);
+// Loader hooks, run when the library is loaded and unloaded.
+KEP_API void kep_init();
+KEP_API void kep_fini();
+}
+
+#endif  // KEP_BASE_KEPINIT_H

@@ -1,0 +1,233 @@
+#include "kep/base/KepRObject.h"
+
+#include "kep/base/KepDebugger.h"
+#include "kep/base/KepEvent.h"
+#include "kep/base/KepFactory.h"
+#include "kep/base/KepGlobals.h"
+#include "kep/base/KepProcess.h"
+#include "kep/base/KepString.h"
+#include "kep/io/KepIOStream.h"
+#include "kep/multi/_KepSemaphore.h"
+#include "kep/multi/_KepThread.h"
+#include "kep/multi/_KepThreadUnix.h"
+#include "kep/xml/KepDOMElement.h"
+
+namespace {
+
+bool diagnosticsOn() { return (gDiagKep.load(std::memory_order_relaxed) & 1u) != 0; }
+
+_KepSemaphore* asSemaphore(uint64_t word) {
+  return reinterpret_cast<_KepSemaphore*>(static_cast<uintptr_t>(word));
+}
+
+}  // namespace
+
+KepRObject::KepRObject()
+    : KepBridgeToObject(kKepBodyMagic),
+      refCount(0),
+      ownerOrLock(_KepThrdId()),
+      flags(kFlagPublish),
+      service(0),
+      realOuterObj(nullptr) {
+  if (diagnosticsOn()) KepDebugger::notifyObjectCreate(this);
+}
+
+KepRObject::~KepRObject() {
+  if (diagnosticsOn()) KepDebugger::notifyObjectDestroy(this);
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    delete asSemaphore(ownerOrLock.load(std::memory_order_acquire));
+  }
+}
+
+int KepRObject::getStaticClassID() { return KepClassID::Object; }
+
+// --- Reference counting --------------------------------------------------
+
+void KepRObject::addRef() const {
+  // A process that never started a second thread needs no locked instruction.
+  if (_KepThrdSingleThreaded()) {
+    refCount.store(refCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  } else {
+    refCount.fetch_add(1, std::memory_order_relaxed);
+  }
+}
+
+void KepRObject::release() const {
+  auto* self = const_cast<KepRObject*>(this);
+  KepObject* outer = realOuterObj.load(std::memory_order_acquire);
+  if (outer != nullptr && refCount.load(std::memory_order_acquire) == 2 && outer->getCount() == 0) {
+    // Only the outer object's own reference and the caller's remain: free the
+    // outer object, whose destructor releases the last reference.
+    self->realOuterObj.store(nullptr, std::memory_order_release);
+    refCount.store(1, std::memory_order_release);
+    outer->freeBridge();
+    return;
+  }
+  int64_t before;
+  if (_KepThrdSingleThreaded()) {
+    before = refCount.load(std::memory_order_relaxed);
+    refCount.store(before - 1, std::memory_order_relaxed);
+  } else {
+    before = refCount.fetch_sub(1, std::memory_order_acq_rel);
+  }
+  if (before == 1) delete self;
+}
+
+KepObject* KepRObject::newBridge() { return new KepObject(this); }
+
+unsigned long KepRObject::isBridge() const { return 0; }
+
+KepObject* KepRObject::getRealOuterObj() { return realOuterObj.load(std::memory_order_acquire); }
+
+void KepRObject::setRealOuterObj(KepObject* outer) {
+  realOuterObj.store(outer, std::memory_order_release);
+}
+
+KepRObject::operator KepObject() const { return KepObject(const_cast<KepRObject*>(this)); }
+
+// --- Locks ---------------------------------------------------------------
+
+_KepSemaphore* KepRObject::ensureSemaphore() {
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    return asSemaphore(ownerOrLock.load(std::memory_order_acquire));
+  }
+  // Made under the process semaphore so that two first lockers make one.
+  bool guarded = _KepMSemWait(&KepProcessSemaphore, static_cast<unsigned long>(-1)) == 0;
+  _KepSemaphore* sem;
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    sem = asSemaphore(ownerOrLock.load(std::memory_order_acquire));
+  } else {
+    sem = new _KepSemaphore;
+    ownerOrLock.store(static_cast<uint64_t>(reinterpret_cast<uintptr_t>(sem)),
+                      std::memory_order_release);
+    flags.fetch_or(kFlagOwnsSemaphore, std::memory_order_acq_rel);
+  }
+  if (guarded) _KepMSemSignal(&KepProcessSemaphore);
+  return sem;
+}
+
+int KepRObject::lock() { return lock(-1); }
+
+int KepRObject::lock(int /*timeout*/) {
+  ensureSemaphore()->lock();
+  return 1;
+}
+
+void KepRObject::unlock() {
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    asSemaphore(ownerOrLock.load(std::memory_order_acquire))->unlock();
+  }
+}
+
+int KepRObject::lockSoft() { return lockSoft(-1); }
+
+int KepRObject::lockSoft(int /*timeout*/) {
+  threadSafeMethodBegin();
+  return 1;
+}
+
+void KepRObject::unlockSoft() { threadSafeMethodEnd(); }
+
+void KepRObject::threadSafeMethodBegin() {
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    asSemaphore(ownerOrLock.load(std::memory_order_acquire))->lock();
+    return;
+  }
+  uint64_t word = ownerOrLock.load(std::memory_order_acquire);
+  // Until the creating thread makes the semaphore, other threads pass unlocked.
+  if (word == 0 || word != _KepThrdId()) return;
+  ensureSemaphore()->lock();
+}
+
+void KepRObject::threadSafeMethodEnd() {
+  if (flags.load(std::memory_order_acquire) & kFlagOwnsSemaphore) {
+    asSemaphore(ownerOrLock.load(std::memory_order_acquire))->unlock();
+  }
+}
+
+// --- Flags ---------------------------------------------------------------
+
+unsigned long KepRObject::shouldPublish() {
+  return (flags.load(std::memory_order_acquire) & kFlagPublish) ? 1 : 0;
+}
+
+unsigned long KepRObject::enablePublish() {
+  return (flags.fetch_or(kFlagPublish, std::memory_order_acq_rel) & kFlagPublish) ? 1 : 0;
+}
+
+unsigned long KepRObject::disablePublish() {
+  return (flags.fetch_and(static_cast<uint8_t>(~kFlagPublish), std::memory_order_acq_rel) &
+          kFlagPublish)
+             ? 1
+             : 0;
+}
+
+unsigned long KepRObject::hasAsyncronousInterest() {
+  return flags.load(std::memory_order_acquire) & kFlagAsync;
+}
+
+unsigned long KepRObject::enableAsyncronous() {
+  return flags.fetch_or(kFlagAsync, std::memory_order_acq_rel) & kFlagAsync;
+}
+
+unsigned long KepRObject::disableAsyncronous() {
+  return flags.fetch_and(static_cast<uint8_t>(~kFlagAsync), std::memory_order_acq_rel) & kFlagAsync;
+}
+
+void KepRObject::setService(int id) { service.store(id, std::memory_order_relaxed); }
+
+int KepRObject::getService() const { return service.load(std::memory_order_relaxed); }
+
+// --- Root behaviour ------------------------------------------------------
+
+KepObject KepRObject::createAnother() const { return KepObject(new KepRObject()); }
+
+KepObject KepRObject::getObject(int classId) const {
+  return KepGetObject(classId, 0, getService());
+}
+
+KepObject KepRObject::getObject(int classId, int sub) const {
+  return KepGetObject(classId, sub, getService());
+}
+
+KepObject KepRObject::getObject(KepString const& name) const {
+  return KepGetObject(KepProcess::nameToTag(name), 0, getService());
+}
+
+KepObject KepRObject::getObject(KepString const& name, int sub) const {
+  return KepGetObject(KepProcess::nameToTag(name), sub, getService());
+}
+
+unsigned long KepRObject::equals(KepObject const&) const { return 0; }
+
+KepString KepRObject::toString() const { return KepString("KepRObject"); }
+
+int KepRObject::getClassID() const { return KepClassID::Object; }
+
+int KepRObject::getKepClassID() const { return KepClassID::Object; }
+
+int KepRObject::getActualClassID() const { return KepClassID::Object; }
+
+unsigned long KepRObject::isOfType(int classId) const { return classId == KepClassID::Object; }
+
+void KepRObject::setOuterClassID(int) {}
+
+int KepRObject::getOuterClassID() const { return getClassID(); }
+
+void KepRObject::eventHandler(KepEvent&) {}
+
+void KepRObject::validate(KepEvent&) {}
+
+KepIOStream KepRObject::getContent() {
+  KepDOMElement element;
+  KepDOMElement content = getContent(element);
+  KepRObject* body = content.getRealKepObj();
+  if (body != nullptr && body->isOfType(KepClassID::IOStream)) return KepIOStream(content);
+  return KepIOStream();
+}
+
+KepDOMElement KepRObject::getContent(KepDOMElement&) { return KepDOMElement(); }
+
+KepString KepRObject::getObjectId() const { return KepProcess::tagToName(getService()); }
+
+KEP_REGISTER_LIBRARY_CLASS(Object);

@@ -1,0 +1,124 @@
+// KepRObject: the root body class. Every body of the library derives from it.
+#ifndef KEP_BASE_KEPROBJECT_H
+#define KEP_BASE_KEPROBJECT_H
+
+#include <atomic>
+#include <cstdint>
+
+#include "kep/base/KepClassID.h"
+#include "kep/base/KepObject.h"
+
+class _KepSemaphore;
+
+// A body holds an object's state and behaviour. It lives on the heap, is shared by
+// every handle that targets it and is deleted with its last reference. A new body
+// has reference count 0 until the first handle wraps it.
+//
+// Flags: bit 0 (1) publishing enabled, bit 1 (2) asynchronous interest, bit 2 (4)
+// the body owns a semaphore. A new body has flags 1.
+//
+// Locks: `lock()`/`unlock()` is a recursive critical section over several calls,
+// shared with the soft lock that brackets the thread-safe bridge calls. The
+// semaphore is made lazily: by `lock()` from any thread, or by the creating
+// thread's first bracketed call; until then other threads' bracketed calls pass
+// unlocked.
+//
+// Thread safety: reference counting is atomic; the lock and flag operations may be
+// called from any thread. Other state belongs to the derived classes' rules.
+class KEP_API KepRObject : public KepBridgeToObject {
+ public:
+  // A body with reference count 0, flags 1, service 0, no outer object, owned by
+  // the calling thread.
+  KepRObject();
+  // Frees the body's semaphore when one was made.
+  ~KepRObject() override;
+
+  KEP_METHODS_Object(KEP_DECLARE_METHOD)
+
+      // The root class id 0x40024 ("Object").
+      static int getStaticClassID();
+  // The class id of the object's actual class.
+  virtual int getActualClassID() const;
+  // Always false: a body is not a handle.
+  virtual unsigned long isBridge() const;
+  // A new heap handle on this body (adds a reference); free it with freeBridge().
+  virtual KepObject* newBridge();
+  // Adds one reference. Counting is not an override point: every body counts
+  // the same way, which lets handle copies update the count directly.
+  virtual void addRef() const final;
+  // Drops one reference; the last reference deletes the body. When only the
+  // registered outer object's reference and the caller's remain and the outer
+  // object is not itself referenced, the outer object is freed, and with it the
+  // body.
+  virtual void release() const final;
+  // The registered outer object, or null.
+  virtual KepObject* getRealOuterObj();
+  // Registers (or, with null, clears) the outer object.
+  virtual void setRealOuterObj(KepObject* outer);
+
+  // A handle on this body.
+  operator KepObject() const;
+
+  // Observers for diagnostics and tests: the reference count, the flag byte and
+  // whether the body has made its semaphore.
+  int64_t getRefCount() const noexcept { return refCount.load(std::memory_order_acquire); }
+  unsigned getFlags() const noexcept { return flags.load(std::memory_order_acquire); }
+  bool hasSemaphore() const noexcept { return (getFlags() & kFlagOwnsSemaphore) != 0; }
+
+  static constexpr uint8_t kFlagPublish = 1;
+  static constexpr uint8_t kFlagAsync = 2;
+  static constexpr uint8_t kFlagOwnsSemaphore = 4;
+
+ protected:
+  // The body's semaphore, made under the process semaphore when it is missing.
+  _KepSemaphore* ensureSemaphore();
+
+  // References held on the body.
+  mutable std::atomic<int64_t> refCount;
+  // The creating thread's id until the semaphore exists, then the semaphore.
+  std::atomic<uint64_t> ownerOrLock;
+  // Publish, asynchronous and owns-semaphore bits.
+  std::atomic<uint8_t> flags;
+  // The owning service's id (a tag), 0 when none.
+  std::atomic<int32_t> service;
+  // The caller's object registered for this body, or null.
+  std::atomic<KepObject*> realOuterObj;
+
+ private:
+  KepRObject(KepRObject const&) = delete;
+  KepRObject& operator=(KepRObject const&) = delete;
+};
+
+// Soft-lock bracket used by the bridges of thread-safe methods.
+template <>
+struct KepBridgeBracket<0> {
+  explicit KepBridgeBracket(KepRObject*) noexcept {}
+};
+template <>
+struct KepBridgeBracket<1> {
+  explicit KepBridgeBracket(KepRObject* body) : body_(body) { body_->threadSafeMethodBegin(); }
+  ~KepBridgeBracket() { body_->threadSafeMethodEnd(); }
+  KepBridgeBracket(KepBridgeBracket const&) = delete;
+  KepBridgeBracket& operator=(KepBridgeBracket const&) = delete;
+
+ private:
+  KepRObject* body_;
+};
+
+// The class identity operations of a body class `KepR<S>` whose id is the
+// constant KepClassID::S and whose base body class is `Base`.
+#define KEP_BODY_IDENTITY(S, Base)                                \
+ public:                                                          \
+  static int getStaticClassID() { return KepClassID::S; }         \
+  int getClassID() const override { return KepClassID::S; }       \
+  int getKepClassID() const override { return KepClassID::S; }    \
+  int getActualClassID() const override { return KepClassID::S; } \
+  unsigned long isOfType(int classId) const override {            \
+    return classId == KepClassID::S || Base::isOfType(classId);   \
+  }
+
+// createAnother() for a default-constructible body class `KepR<S>`.
+#define KEP_BODY_CREATE_ANOTHER(S) \
+  KepObject createAnother() const override { return KepObject(new KepR##S()); }
+
+#endif  // KEP_BASE_KEPROBJECT_H

@@ -1,0 +1,50 @@
+// _KepSemaphore: the recursive lock of the object layer.
+#ifndef KEP_MULTI_KEPSEMAPHORE_H
+#define KEP_MULTI_KEPSEMAPHORE_H
+
+#include <atomic>
+#include <cstdint>
+
+#include "kep/base/KepDefs.h"
+
+// A recursive lock. A zero-filled (default-constructed) _KepSemaphore is a free
+// lock; its mutex is made on the first contended lock(), under the process
+// semaphore, so an unused lock costs no system resource.
+//
+// lock() by the owning thread only deepens the recursion; every lock() needs one
+// unlock() before another thread gets in. unlock() by a thread that does not own
+// the lock, or on a free lock, changes nothing.
+//
+// Thread safety: lock() and unlock() may be called from any thread. destroy() and
+// the destructor must not run while another thread holds or waits for the lock.
+class KEP_API _KepSemaphore {
+ public:
+  _KepSemaphore() noexcept = default;
+  ~_KepSemaphore();
+  _KepSemaphore(_KepSemaphore const&) = delete;
+  _KepSemaphore& operator=(_KepSemaphore const&) = delete;
+
+  // Takes the lock, waiting without limit.
+  void lock();
+  // Releases one level of the lock held by the calling thread.
+  void unlock();
+  // Destroys the mutex if one was made; the lock is free and unused afterwards.
+  void destroy();
+
+  // The owning thread's id, 0 when free.
+  unsigned long getOwner() const noexcept { return owner.load(std::memory_order_relaxed); }
+  // The recursion depth of the owner.
+  uint32_t getDepth() const noexcept { return depth; }
+
+ private:
+  void* ensureMutex();
+
+  // Mutex semaphore handle, made lazily.
+  std::atomic<void*> mutex{nullptr};
+  // Owner thread id; read without the lock to detect re-entry.
+  std::atomic<unsigned long> owner{0};
+  // Recursion depth; only the owner touches it.
+  uint32_t depth = 0;
+};
+
+#endif  // KEP_MULTI_KEPSEMAPHORE_H

@@ -1,0 +1,171 @@
+// The body lock: lazy semaphore creation, recursion, blocking of bracketed calls,
+// and counts shared between threads.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepTestSupport.h"
+
+// A small class family declared with the library's own bridge tables: one
+// bracketed and one plain method.
+#define KEP_METHODS_Counter(X)               \
+  X(Counter, int, bump, (int by), (by), , 1) \
+  X(Counter, int, peek, (), (), const, 0)
+
+class KepCounter : public KepObject {
+  KEP_HANDLE_CONSTRUCTORS(KepCounter, KepObject)
+
+ public:
+  KEP_METHODS_Counter(KEP_DECLARE_METHOD)
+};
+KEP_METHODS_Counter(KEP_DECLARE_BRIDGE)
+
+    class KepRCounter : public KepRObject {
+ public:
+  int bump(int by) {
+    // A read-modify-write that is only safe under the bracket.
+    int v = value.load(std::memory_order_relaxed);
+    std::this_thread::yield();
+    value.store(v + by, std::memory_order_relaxed);
+    return v + by;
+  }
+  int peek() const { return value.load(std::memory_order_relaxed); }
+  std::atomic<int> value{0};
+};
+
+KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_METHOD)
+
+    namespace {
+  bool acquiredWithin(std::atomic<bool> const& flag, int ms) {
+    auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (std::chrono::steady_clock::now() < until) {
+      if (flag.load()) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return flag.load();
+  }
+
+}  // namespace
+
+TEST(ObjectLock, ForeignThreadsBracketedCallMakesNoSemaphoreButTheCreatorsDoes) {
+  KepCounter c(new KepRCounter);
+  std::thread([&] { c.bump(1); }).join();
+  EXPECT_FALSE(c.getRealKepObj()->hasSemaphore()) << "only the creator makes it lazily";
+  c.peek();  // unbracketed
+  EXPECT_FALSE(c.getRealKepObj()->hasSemaphore());
+  c.bump(1);
+  EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
+  EXPECT_EQ(c.peek(), 2);
+}
+
+TEST(ObjectLock, LockFromAnyThreadMakesTheSemaphore) {
+  KepObject o(new KepRObject);
+  std::thread([&] {
+    EXPECT_EQ(o.lock(5000), 1);
+    o.unlock();
+  }).join();
+  EXPECT_TRUE(o.getRealKepObj()->hasSemaphore());
+}
+
+TEST(ObjectLock, ThreeLocksNeedThreeUnlocksBeforeAnotherThreadGetsIn) {
+  KepObject o(new KepRObject);
+  o.lock();
+  o.lock();
+  o.lock(5000);
+  std::atomic<bool> got{false};
+  std::thread other([&] {
+    o.lock(1);  // the timeout is ignored: it waits
+    got = true;
+    o.unlock();
+  });
+  o.unlock();
+  o.unlock();
+  EXPECT_FALSE(acquiredWithin(got, 100));
+  o.unlock();
+  other.join();
+  EXPECT_TRUE(got.load());
+}
+
+TEST(ObjectLock, HardLockBlocksOtherThreadsBracketedCalls) {
+  KepCounter c(new KepRCounter);
+  c.lock();
+  std::atomic<bool> done{false};
+  std::thread other([&] {
+    c.bump(5);
+    done = true;
+  });
+  EXPECT_FALSE(acquiredWithin(done, 100));
+  EXPECT_EQ(c.peek(), 0);
+  c.unlock();
+  other.join();
+  EXPECT_EQ(c.peek(), 5);
+}
+
+TEST(ObjectLock, BracketedCallsSerialiseOnceTheSemaphoreExists) {
+  KepCounter c(new KepRCounter);
+  c.lock();  // makes the semaphore, so every thread's bracket is real
+  c.unlock();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 500; ++i) c.bump(1);
+    });
+  }
+  for (auto& t : threads) t.join();
+  EXPECT_EQ(c.peek(), 2000);
+}
+
+TEST(ObjectLock, UnlockWithoutSemaphoreOrByAnotherThreadChangesNothing) {
+  KepObject o(new KepRObject);
+  o.unlock();  // no semaphore yet
+  EXPECT_FALSE(o.getRealKepObj()->hasSemaphore());
+  o.lock();
+  std::thread([&] { o.unlock(); }).join();  // not the owner: ignored
+  std::atomic<bool> got{false};
+  std::thread other([&] {
+    o.lock();
+    got = true;
+    o.unlock();
+  });
+  EXPECT_FALSE(acquiredWithin(got, 50));
+  o.unlock();
+  other.join();
+  EXPECT_TRUE(got.load());
+}
+
+TEST(ObjectLock, HandlesCopiedOnManyThreadsLeaveTheCountExact) {
+  auto* body = new keptest::CountedBody;
+  {
+    KepObject root(body);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&] {
+        for (int i = 0; i < 20000; ++i) {
+          KepObject copy(root);
+          KepObject other;
+          other = copy;
+        }
+      });
+    }
+    for (auto& t : threads) t.join();
+    EXPECT_EQ(body->getRefCount(), 1);
+    EXPECT_EQ(keptest::CountedBody::live.load(), 1);
+  }
+  EXPECT_EQ(keptest::CountedBody::live.load(), 0);
+}
+
+TEST(ObjectLock, LastReleaseRacingOnTwoThreadsDeletesOnce) {
+  for (int round = 0; round < 200; ++round) {
+    auto* a = new KepObject(new keptest::CountedBody);
+    auto* b = new KepObject(*a);
+    std::thread t1([&] { delete a; });
+    std::thread t2([&] { delete b; });
+    t1.join();
+    t2.join();
+    ASSERT_EQ(keptest::CountedBody::live.load(), 0);
+  }
+}

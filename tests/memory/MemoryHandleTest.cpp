@@ -1,0 +1,124 @@
+// The allocator and checked memory handles.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "kep/Kep.h"
+
+TEST(KepMalloc, CountsBytesAndBlocks) {
+  unsigned long mallocs = gKepMallocCount.load();
+  unsigned long bytes = gKepTotalMallocSize.load();
+  unsigned long frees = gKepFreeCount.load();
+  void* p = KepMalloc(100);
+  ASSERT_NE(p, nullptr);
+  EXPECT_EQ(KepMallocSize(p), 100u);
+  std::memset(p, 0xab, 100);
+  KepFree(p);
+  KepFree(nullptr);
+  EXPECT_EQ(gKepMallocCount.load() - mallocs, 1u);
+  EXPECT_EQ(gKepTotalMallocSize.load() - bytes, 100u);
+  EXPECT_EQ(gKepFreeCount.load() - frees, 1u);
+  auto* z = static_cast<unsigned char*>(KepCalloc(8, 4));
+  ASSERT_NE(z, nullptr);
+  for (int i = 0; i < 32; ++i) ASSERT_EQ(z[i], 0);
+  KepFree(z);
+  EXPECT_EQ(KepCalloc(SIZE_MAX / 2, 4), nullptr) << "overflowing sizes are refused";
+}
+
+TEST(MemoryHandle, AllocLockUnlockFree) {
+  unsigned long live = _KepMMTestLiveHandles();
+  void* h = nullptr;
+  void* block = nullptr;
+  ASSERT_EQ(_KepMMTestAllocLocked(32, &h, &block), 0u);
+  ASSERT_NE(block, nullptr);
+  for (int i = 0; i < 32; ++i) ASSERT_EQ(static_cast<char*>(block)[i], 0) << "blocks start zeroed";
+  std::strcpy(static_cast<char*>(block), "zone");
+  EXPECT_EQ(_KepMMTestUnlock(h), 0u);
+  void* again = nullptr;
+  ASSERT_EQ(_KepMMTestLock(h, &again), 0u);
+  EXPECT_STREQ(static_cast<char*>(again), "zone");
+  unsigned long size = 0;
+  EXPECT_EQ(_KepMMTestSize(h, &size), 0u);
+  EXPECT_EQ(size, 32u);
+  EXPECT_EQ(_KepMMTestFreeLocked(h), 0u);
+  EXPECT_EQ(_KepMMTestLiveHandles(), live);
+  EXPECT_EQ(_KepMMTestLock(h, &again), KEP_MM_BAD_HANDLE) << "a freed handle never locks";
+  EXPECT_EQ(_KepMMTestFree(h), KEP_MM_BAD_HANDLE);
+}
+
+TEST(MemoryHandle, ForgedAndNullHandlesAreRefused) {
+  void* block = nullptr;
+  EXPECT_EQ(_KepMMTestLock(nullptr, &block), KEP_MM_BAD_HANDLE);
+  EXPECT_EQ(_KepMMTestLock(reinterpret_cast<void*>(0x12345678), &block), KEP_MM_BAD_HANDLE);
+  EXPECT_EQ(_KepMMTestUnlock(reinterpret_cast<void*>(0xdead00000001ull)), KEP_MM_BAD_HANDLE);
+}
+
+TEST(MemoryHandle, ReusedRowDoesNotAnswerToTheOldHandle) {
+  void* first = nullptr;
+  ASSERT_EQ(_KepMMTestAlloc(8, &first), 0u);
+  ASSERT_EQ(_KepMMTestFree(first), 0u);
+  void* second = nullptr;
+  ASSERT_EQ(_KepMMTestAlloc(8, &second), 0u);
+  void* block = nullptr;
+  EXPECT_EQ(_KepMMTestLock(first, &block), KEP_MM_BAD_HANDLE);
+  EXPECT_EQ(_KepMMTestLock(second, &block), 0u);
+  _KepMMTestFreeLocked(second);
+}
+
+TEST(MemoryHandle, FreeWhileAnotherLockerHoldsTheBlockWaitsForItsUnlock) {
+  void* h = nullptr;
+  void* block = nullptr;
+  ASSERT_EQ(_KepMMTestAlloc(16, &h), 0u);
+  ASSERT_EQ(_KepMMTestLock(h, &block), 0u);
+  ASSERT_EQ(_KepMMTestFree(h), 0u);  // retired: no new lock succeeds
+  void* other = nullptr;
+  EXPECT_EQ(_KepMMTestLock(h, &other), KEP_MM_BAD_HANDLE);
+  std::memset(block, 1, 16);           // still valid for the locker
+  EXPECT_EQ(_KepMMTestUnlock(h), 0u);  // releases the memory
+  EXPECT_EQ(_KepMMTestUnlock(h), KEP_MM_BAD_HANDLE);
+}
+
+TEST(MemoryHandle, DupCopiesTheBytes) {
+  void* h = nullptr;
+  void* block = nullptr;
+  ASSERT_EQ(_KepMMTestAllocLocked(6, &h, &block), 0u);
+  std::memcpy(block, "abcde", 6);
+  _KepMMTestUnlock(h);
+  void* copy = nullptr;
+  ASSERT_EQ(_KepMMTestDup(h, &copy), 0u);
+  void* c = nullptr;
+  ASSERT_EQ(_KepMMTestLock(copy, &c), 0u);
+  EXPECT_STREQ(static_cast<char*>(c), "abcde");
+  EXPECT_NE(c, block);
+  _KepMMTestFreeLocked(copy);
+  _KepMMTestFree(h);
+  EXPECT_EQ(_KepMMTestDup(h, &copy), KEP_MM_BAD_HANDLE);
+}
+
+TEST(MemoryHandle, ManyThreadsAllocateAndFreeWithoutLosingHandles) {
+  unsigned long live = _KepMMTestLiveHandles();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([] {
+      std::vector<void*> mine;
+      for (int i = 0; i < 500; ++i) {
+        void* h = nullptr;
+        void* b = nullptr;
+        ASSERT_EQ(_KepMMTestAllocLocked(24, &h, &b), 0u);
+        static_cast<int*>(b)[0] = i;
+        _KepMMTestUnlock(h);
+        mine.push_back(h);
+      }
+      for (size_t i = 0; i < mine.size(); ++i) {
+        void* b = nullptr;
+        ASSERT_EQ(_KepMMTestLock(mine[i], &b), 0u);
+        ASSERT_EQ(static_cast<int*>(b)[0], static_cast<int>(i));
+        ASSERT_EQ(_KepMMTestFreeLocked(mine[i]), 0u);
+      }
+    });
+  }
+  for (auto& t : threads) t.join();
+  EXPECT_EQ(_KepMMTestLiveHandles(), live);
+}

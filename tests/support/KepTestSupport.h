@@ -1,0 +1,47 @@
+// Helpers for the test suites.
+#ifndef KEP_TESTS_SUPPORT_KEPTESTSUPPORT_H
+#define KEP_TESTS_SUPPORT_KEPTESTSUPPORT_H
+
+#include <atomic>
+#include <string>
+
+#include "kep/Kep.h"
+
+namespace keptest {
+
+// A body class that counts its live instances, to prove that nothing leaked and
+// nothing was freed twice.
+class CountedBody : public KepRObject {
+ public:
+  CountedBody() { ++live; }
+  ~CountedBody() override { --live; }
+  KepObject createAnother() const override { return KepObject(new CountedBody()); }
+  static std::atomic<int> live;
+};
+
+// Brings the library up for one test and down again at its end.
+class ScopedKepInit {
+ public:
+  ScopedKepInit() { Kep::init(0); }
+  ~ScopedKepInit() { Kep::destroy(); }
+  ScopedKepInit(ScopedKepInit const&) = delete;
+  ScopedKepInit& operator=(ScopedKepInit const&) = delete;
+};
+
+// A fresh temporary directory, removed with everything in it at destruction.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(TempDir const&) = delete;
+  TempDir& operator=(TempDir const&) = delete;
+  std::string const& path() const { return path_; }
+  std::string file(std::string const& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace keptest
+
+#endif  // KEP_TESTS_SUPPORT_KEPTESTSUPPORT_H
