@@ -14,3 +14,7 @@ void KepProcess::logDebugString(char const* format, ...) {
   KepLogger::logV(KepLogger::kDebug, format, args);
   va_end(args);
 }
+
+int KepNameToTag(KepString const&) { return 0; }
+
+int KepNameToTag(char const*) { return 0; }

@@ -18,4 +18,10 @@ class KEP_API KepProcess {
   static void logDebugString(char const* format, ...) __attribute__((format(printf, 1, 2)));
 };
 
+// The tag of `name`, adding the name to the process's tag manager when it is new;
+// taken under the tag lock (lock 5 of the process store). 0 for a null name, or
+// while no tag manager exists.
+KEP_API int KepNameToTag(KepString const& name);
+KEP_API int KepNameToTag(char const* name);
+
 #endif  // KEP_BASE_KEPPROCESS_H
