@@ -36,6 +36,10 @@
 // Streams and files
 #include "kep/io/KepIOStream.h"
 
+// Date and time
+#include "kep/date/_KepDate.h"
+#include "kep/date/_KepFileTime.h"
+
 // Threads
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
