@@ -1,0 +1,1 @@
+kep_bench(date_bench date_bench.cpp)
