@@ -41,8 +41,13 @@
 #include "kep/date/_KepFileTime.h"
 
 // Threads
+#include "kep/base/KepRRunnable.h"
+#include "kep/base/KepRThread.h"
+#include "kep/base/KepRunnable.h"
+#include "kep/base/KepThread.h"
+#include "kep/base/_KepRunnableWrapper.h"
+#include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
-#include "kep/multi/_KepThreadWords.h"
 
 #endif  // KEP_KEP_H

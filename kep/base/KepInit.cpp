@@ -7,6 +7,7 @@
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
+#include "kep/base/_KepThreadTable.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/multi/_KepThread.h"
 
@@ -72,12 +73,14 @@ void Kep::init(int /*a*/, int b, char* /*configName*/) {
   KepDebugger::init();
   KepProcess::logDebugString("Initializating KEP, invocation #%d, for current process", count);
   KepMemory::init();
+  if (first) _KepProcessInitThreads();
   KepFactory::init();
   if (first) registerLibraryClasses();
 }
 
 void Kep::destroy() {
   bool last = countDestroy();
+  if (last) _KepProcessDestroyThreads();
   if (last) {
     KepProcess::logDebugString("Unregistering classes\n");
     unregisterLibraryClasses();

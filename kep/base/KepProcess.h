@@ -5,6 +5,9 @@
 
 #include "kep/base/KepString.h"
 
+class KepThread;
+class KepRunnable;
+
 // All operations are static and thread-safe.
 class KEP_API KepProcess {
  public:
@@ -16,6 +19,32 @@ class KEP_API KepProcess {
 
   // Writes a printf-style debug line through the logger.
   static void logDebugString(char const* format, ...) __attribute__((format(printf, 1, 2)));
+
+  // --- Threads -------------------------------------------------------------------
+  // Starts a detached thread that calls `procedure(argument)` (its result is not
+  // used) and answers its thread object. The thread releases its control block
+  // and leaves the thread table when the procedure returns. A null thread when
+  // the thread object or the thread cannot be made.
+  static KepThread createThread(int (*procedure)(void*), void* argument);
+  // Starts a detached thread with the create flags `flags` (4, 8, 16 of the
+  // thread layer) and the first 23 characters of `name` (narrowed to bytes),
+  // which calls `runnable.run()` and then leaves the thread table. The thread
+  // holds a handle on the runnable while it runs. `userWord` is stored in the
+  // control block and not used by the library. A null thread on failure.
+  static KepThread createThread(int flags, KepString const& name, KepRunnable& runnable,
+                                int userWord);
+  // Unless `thread` is null: thread.destroyThread() (which waits for another
+  // thread to end), removes the thread from the table and sets `thread` null.
+  static void destroyThread(KepThread& thread);
+  // The calling thread's object: a pointer to the handle in its slot of the
+  // thread table. A thread the library did not start is given an object without
+  // a control block on first use. Null before Kep::init, after the last
+  // Kep::destroy, while the thread is ending or when the table is full. Copy the
+  // handle before handing it to another thread.
+  static KepThread* getCurrThread();
+  // Registers / removes `thread` in the thread table by its getThreadID().
+  static void _addThreadToArray(KepThread& thread);
+  static void _removeThreadFromArray(KepThread& thread);
 };
 
 // The tag of `name`, adding the name to the process's tag manager when it is new;

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "kep/base/KepInit.h"
+#include "kep/base/_KepThreadTable.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
-#include "kep/multi/_KepThreadWords.h"
 
 namespace {
 
@@ -35,6 +35,7 @@ std::atomic<uint32_t> _KepProcInit{0};
 std::mutex gUserDataMutex;
 
 bool validSlot(int slot) { return slot >= 0 && slot < KEP_SHARED_SLOTS; }
+bool validWord(int slot) { return slot >= 0 && slot < KEP_SHARED_THREAD_WORDS; }
 bool validLock(int n) { return n >= 0 && n < KEP_SHARED_LOCKS; }
 
 std::atomic<uint64_t>* slotWord(int slot) {
@@ -60,6 +61,52 @@ UserEntry* findUserData(UserEntry* table, int key, bool create) {
   }
   return create ? firstFree : nullptr;
 }
+
+// Thread scope: the calling thread's words in the process thread table. Before
+// the table exists (or for a bad word number) reads answer 0 and writes do
+// nothing.
+void setThreadWord(int slot, uint64_t value, void (*destroyFunc)(void*)) {
+  if (!validWord(slot)) return;
+  _KepThreadWord* words = _KepGetCurrThreadData();
+  if (words == nullptr) return;
+  _KepThreadDestroyWord* functions = _KepGetCurrThreadDataDestroyFunctions();
+  words[slot].store(reinterpret_cast<void*>(static_cast<uintptr_t>(value)),
+                    std::memory_order_release);
+  if (functions != nullptr) functions[slot].store(destroyFunc, std::memory_order_release);
+}
+
+// Walks one word of every registered thread through the table's own walk and
+// write operations.
+class ThreadWordIterator final : public KepSharedDataIterator {
+ public:
+  explicit ThreadWordIterator(int index) : index_(index) {}
+
+  bool next() override {
+    int from = slot_ + 1;
+    void* value = nullptr;
+    if (_KepGetNextThreadData(from, index_, value) == 0) {
+      slot_ = KEP_THREAD_TABLE_SLOTS;
+      value_ = 0;
+      return false;
+    }
+    slot_ = from;
+    value_ = static_cast<uint64_t>(reinterpret_cast<uintptr_t>(value));
+    return true;
+  }
+
+  uint64_t get() const override { return value_; }
+
+  void set(uint64_t value) override {
+    if (slot_ < 0 || slot_ >= KEP_THREAD_TABLE_SLOTS) return;
+    _KepSetThreadData(slot_, index_, reinterpret_cast<void*>(static_cast<uintptr_t>(value)));
+    value_ = value;
+  }
+
+ private:
+  int index_;
+  int slot_ = -1;
+  uint64_t value_ = 0;
+};
 
 }  // namespace
 
@@ -141,7 +188,13 @@ uint64_t KepRSharedData::get(int scope, int slot) {
     std::atomic<uint64_t>* word = slotWord(slot);
     return word != nullptr ? word->load(std::memory_order_acquire) : 0;
   }
-  if (scope == KEP_SCOPE_THREAD) return _KepThreadWordGet(slot);
+  if (scope == KEP_SCOPE_THREAD && validWord(slot)) {
+    _KepThreadWord* words = _KepGetCurrThreadData();
+    if (words != nullptr) {
+      return static_cast<uint64_t>(
+          reinterpret_cast<uintptr_t>(words[slot].load(std::memory_order_acquire)));
+    }
+  }
   return 0;
 }
 
@@ -150,7 +203,7 @@ void KepRSharedData::set(int scope, int slot, uint64_t value) {
     std::atomic<uint64_t>* word = slotWord(slot);
     if (word != nullptr) word->store(value, std::memory_order_release);
   } else if (scope == KEP_SCOPE_THREAD) {
-    _KepThreadWordSet(slot, value, nullptr);
+    setThreadWord(slot, value, nullptr);
   }
 }
 
@@ -158,12 +211,15 @@ void KepRSharedData::set(int scope, int slot, uint64_t value, void (*destroyFunc
   if (scope == KEP_SCOPE_PROCESS) {
     set(scope, slot, value);
   } else if (scope == KEP_SCOPE_THREAD) {
-    _KepThreadWordSet(slot, value, destroyFunc);
+    setThreadWord(slot, value, destroyFunc);
   }
 }
 
 void (*KepRSharedData::getDestroyFunc(int scope, int slot))(void*) {
-  return scope == KEP_SCOPE_THREAD ? _KepThreadWordDestroyFunc(slot) : nullptr;
+  if (scope != KEP_SCOPE_THREAD || !validWord(slot)) return nullptr;
+  if (_KepProcessThreadTable() == nullptr) return nullptr;
+  _KepThreadDestroyWord* functions = _KepGetCurrThreadDataDestroyFunctions();
+  return functions != nullptr ? functions[slot].load(std::memory_order_acquire) : nullptr;
 }
 
 uint64_t KepRSharedData::getUserData(int scope, int key, int which) {
@@ -197,8 +253,8 @@ void KepRSharedData::setUserData(int scope, int key, int which, uint64_t value) 
 }
 
 KepSharedDataIterator* KepRSharedData::getIterator(int scope, int slot) {
-  if (scope != KEP_SCOPE_THREAD) return nullptr;
-  return _KepThreadWordIterator(slot);
+  if (scope != KEP_SCOPE_THREAD || !validWord(slot)) return nullptr;
+  return new ThreadWordIterator(slot);
 }
 
 void KepRSharedData::freeIterator(KepSharedDataIterator* it) { delete it; }

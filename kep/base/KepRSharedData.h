@@ -31,6 +31,9 @@ constexpr int KEP_SLOT_FACTORY_TABLE = 9;
 constexpr int KEP_SLOT_DISPATCH_TABLE = 14;
 constexpr int KEP_SLOT_INIT_LAST = 18;
 constexpr int KEP_SLOT_TAG_MANAGER = 21;
+// The process thread table (_KepThreadTable.h). Slot 25 is also named for the
+// work queue of the worker threads; the thread table holds it, so the work queue
+// keeps its vector elsewhere (its own slots 46 and 47).
 constexpr int KEP_SLOT_THREAD_TABLE = 25;
 constexpr int KEP_SLOT_INIT_MARK = 30;
 constexpr int KEP_SLOT_INIT_COUNT = 31;
@@ -51,8 +54,10 @@ class KepSharedDataIterator;
 // All operations are static. Values are 64-bit words; callers store pointers and
 // counters in them. Scope 1 stores nothing and answers 0; scope 2 is the process
 // record (created by the first init(), freed by the last destroy()); scope 3 is
-// the calling thread's nine data words, each with an optional destroy function
-// that runs when the thread ends.
+// the calling thread's nine data words in the process thread table, each with an
+// optional destroy function that runs when the thread ends. Before the thread
+// table exists (Kep::init) scope-3 reads answer 0 and writes are ignored; the
+// first scope-3 use by a thread the library did not start registers it.
 //
 // Out-of-range slot, lock or word numbers are refused: reads answer 0 and writes
 // change nothing.
@@ -96,7 +101,8 @@ class KEP_API KepRSharedData {
   // are then 0 is freed.
   static void setUserData(int scope, int key, int which, uint64_t value);
 
-  // An iterator over word `slot` of every thread (scope 3); null otherwise.
+  // An iterator over word `slot` of every registered thread (scope 3), walking
+  // the thread table in slot order; null otherwise.
   static KepSharedDataIterator* getIterator(int scope, int slot);
   static void freeIterator(KepSharedDataIterator* it);
 

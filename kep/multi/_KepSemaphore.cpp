@@ -1,6 +1,7 @@
 #include "kep/multi/_KepSemaphore.h"
 
 #include "kep/multi/_KepThread.h"
+#include "kep/multi/_KepThreadUnix.h"
 
 _KepSemaphore::~_KepSemaphore() { destroy(); }
 
@@ -28,24 +29,28 @@ void* _KepSemaphore::ensureMutex() {
   return m;
 }
 
+// Only the owner ever finds its own id in `owner`, so the relaxed reads below
+// are exact for the calling thread. The mutex is this lock's own, so it is taken
+// without the signature check of _KepMSemWait.
 void _KepSemaphore::lock() {
-  unsigned long self = _KepThrdId();
+  unsigned long self = _KepThrdSelf();
   if (owner.load(std::memory_order_relaxed) == self) {
     ++depth;
     return;
   }
-  void* m = ensureMutex();
-  if (m != nullptr) _KepMSemWait(&m, static_cast<unsigned long>(-1));
+  void* m = mutex.load(std::memory_order_acquire);
+  if (m == nullptr) m = ensureMutex();
+  if (m != nullptr) _KepMSemLockOwn(m);
   owner.store(self, std::memory_order_relaxed);
   depth = 1;
 }
 
 void _KepSemaphore::unlock() {
-  if (owner.load(std::memory_order_relaxed) != _KepThrdId() || depth == 0) return;
+  if (owner.load(std::memory_order_relaxed) != _KepThrdSelf() || depth == 0) return;
   if (--depth == 0) {
     owner.store(0, std::memory_order_relaxed);
     void* m = mutex.load(std::memory_order_acquire);
-    if (m != nullptr) _KepMSemSignal(&m);
+    if (m != nullptr) _KepMSemUnlockOwn(m);
   }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kep/Kep.h"
+#include "support/KepTestSupport.h"
 
 namespace {
 
@@ -142,9 +143,29 @@ void countDestroy(void* p) {
   ++gDestroyed;
   gDestroyedValue = reinterpret_cast<uintptr_t>(p);
 }
+
+// Thread words live in the thread table, which Kep::init sets up.
+class ThreadWords : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    EXPECT_EQ(_KepThreadTableCount(), 1) << "only the test's own thread stays registered";
+  }
+  keptest::ScopedKepInit init_;
+};
 }  // namespace
 
-TEST_F(SharedData, ThreadWordsAreIndependentAndTheirDestroyFunctionsRunAtThreadEnd) {
+TEST_F(SharedData, ThreadWordsBeforeTheThreadTableExistsAnswerZeroAndIgnoreWrites) {
+  KepRSharedData::set(KEP_SCOPE_THREAD, 2, 11, countDestroy);
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u);
+  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 2), nullptr);
+  KepSharedDataIterator* it = KepRSharedData::getIterator(KEP_SCOPE_THREAD, 2);
+  ASSERT_NE(it, nullptr);
+  EXPECT_FALSE(it->next());
+  KepRSharedData::freeIterator(it);
+  EXPECT_EQ(_KepThreadTableCount(), 0);
+}
+
+TEST_F(ThreadWords, AreIndependentAndTheirDestroyFunctionsRunAtThreadEnd) {
   gDestroyed = 0;
   KepRSharedData::set(KEP_SCOPE_THREAD, 2, 11);
   std::thread([] {
@@ -154,22 +175,30 @@ TEST_F(SharedData, ThreadWordsAreIndependentAndTheirDestroyFunctionsRunAtThreadE
     KepRSharedData::set(KEP_SCOPE_THREAD, 3, 89);  // clears word 3's function
     EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 2), &countDestroy);
     EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 3), nullptr);
+    EXPECT_EQ(_KepThreadTableCount(), 2);
   }).join();
   EXPECT_EQ(gDestroyed.load(), 1);
   EXPECT_EQ(gDestroyedValue.load(), 77u);
   EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 11u);
   KepRSharedData::set(KEP_SCOPE_THREAD, 2, 0);
+  KepRSharedData::set(KEP_SCOPE_THREAD, 9, 5, countDestroy);  // out of range: ignored
+  KepRSharedData::set(KEP_SCOPE_THREAD, -1, 5);
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 9), 0u);
+  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, -1), nullptr);
 }
 
-TEST_F(SharedData, IteratorVisitsTheWordOfEveryLiveThread) {
+TEST_F(ThreadWords, IteratorVisitsTheWordOfEveryRegisteredThreadAndWritesIt) {
+  KepRSharedData::set(KEP_SCOPE_THREAD, 6, 100);
   std::atomic<int> ready{0};
   std::atomic<bool> release{false};
+  std::vector<uint64_t> finalWords(3);
   std::vector<std::thread> threads;
   for (int t = 1; t <= 3; ++t) {
     threads.emplace_back([&, t] {
       KepRSharedData::set(KEP_SCOPE_THREAD, 6, static_cast<uint64_t>(100 + t));
       ++ready;
       while (!release.load()) std::this_thread::yield();
+      finalWords[static_cast<size_t>(t - 1)] = KepRSharedData::get(KEP_SCOPE_THREAD, 6);
     });
   }
   while (ready.load() < 3) std::this_thread::yield();
@@ -177,13 +206,16 @@ TEST_F(SharedData, IteratorVisitsTheWordOfEveryLiveThread) {
   KepSharedDataIterator* it = KepRSharedData::getIterator(KEP_SCOPE_THREAD, 6);
   ASSERT_NE(it, nullptr);
   while (it->next()) {
-    if (it->get() >= 100) {
-      seen.insert(it->get());
-      it->set(it->get() + 1000);
-    }
+    uint64_t before = it->get();
+    seen.insert(before);
+    it->set(before + 1000);
+    EXPECT_EQ(it->get(), before + 1000);
   }
+  EXPECT_FALSE(it->next()) << "stays past the end";
   KepRSharedData::freeIterator(it);
   release = true;
   for (auto& t : threads) t.join();
-  EXPECT_EQ(seen, (std::multiset<uint64_t>{101, 102, 103}));
+  EXPECT_EQ(seen, (std::multiset<uint64_t>{100, 101, 102, 103}));
+  EXPECT_EQ(finalWords, (std::vector<uint64_t>{1101, 1102, 1103})) << "the writes reached them";
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 6), 1100u);
 }

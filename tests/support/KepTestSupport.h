@@ -3,7 +3,9 @@
 #define KEP_TESTS_SUPPORT_KEPTESTSUPPORT_H
 
 #include <atomic>
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "kep/Kep.h"
 
@@ -18,6 +20,18 @@ class CountedBody : public KepRObject {
   KepObject createAnother() const override { return KepObject(new CountedBody()); }
   static std::atomic<int> live;
 };
+
+// Polls `done` every 2 ms for up to ten seconds; answers whether it came true.
+// For waiting on detached threads, which nobody joins.
+template <class Pred>
+bool eventually(Pred done) {
+  auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > until) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
 
 // Brings the library up for one test and down again at its end.
 class ScopedKepInit {

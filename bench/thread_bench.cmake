@@ -1,0 +1,1 @@
+kep_bench(thread_bench thread_bench.cpp)

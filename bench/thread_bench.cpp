@@ -1,0 +1,131 @@
+// Thread-data lookup against a plain thread_local read, and the recursive object
+// lock against std::recursive_mutex, in one run.
+#include <benchmark/benchmark.h>
+
+#include <mutex>
+
+#include "kep/Kep.h"
+
+namespace {
+
+thread_local void* tWords[KEP_THREAD_DATA_WORDS];
+
+// The peer: reading one word of a thread_local array.
+void BM_ThreadLocalRead(benchmark::State& state) {
+  tWords[3] = &state;
+  for (auto _ : state) {
+    void* word = tWords[3];
+    benchmark::DoNotOptimize(word);
+  }
+}
+BENCHMARK(BM_ThreadLocalRead);
+
+// The calling thread's data words, read one.
+void BM_GetCurrThreadData(benchmark::State& state) {
+  _KepGetCurrThreadData()[3].store(&state);
+  for (auto _ : state) {
+    void* word = _KepGetCurrThreadData()[3].load(std::memory_order_relaxed);
+    benchmark::DoNotOptimize(word);
+  }
+}
+BENCHMARK(BM_GetCurrThreadData);
+
+// The calling thread's object.
+void BM_GetCurrThread(benchmark::State& state) {
+  for (auto _ : state) {
+    KepThread* thread = KepProcess::getCurrThread();
+    benchmark::DoNotOptimize(thread);
+  }
+}
+BENCHMARK(BM_GetCurrThread);
+
+// The same word through the shared-data store's thread scope.
+void BM_SharedDataThreadGet(benchmark::State& state) {
+  KepRSharedData::set(KEP_SCOPE_THREAD, 3, 42);
+  for (auto _ : state) {
+    uint64_t word = KepRSharedData::get(KEP_SCOPE_THREAD, 3);
+    benchmark::DoNotOptimize(word);
+  }
+}
+BENCHMARK(BM_SharedDataThreadGet);
+
+// Uncontended lock and unlock, once and nested twice.
+void BM_KepSemaphoreLockUnlock(benchmark::State& state) {
+  _KepSemaphore lock;
+  lock.lock();  // the mutex exists from here on
+  lock.unlock();
+  for (auto _ : state) {
+    lock.lock();
+    lock.unlock();
+  }
+}
+BENCHMARK(BM_KepSemaphoreLockUnlock);
+
+void BM_StdRecursiveMutexLockUnlock(benchmark::State& state) {
+  std::recursive_mutex lock;
+  for (auto _ : state) {
+    lock.lock();
+    lock.unlock();
+  }
+}
+BENCHMARK(BM_StdRecursiveMutexLockUnlock);
+
+void BM_KepSemaphoreNested(benchmark::State& state) {
+  _KepSemaphore lock;
+  for (auto _ : state) {
+    lock.lock();
+    lock.lock();
+    lock.unlock();
+    lock.unlock();
+  }
+}
+BENCHMARK(BM_KepSemaphoreNested);
+
+void BM_StdRecursiveMutexNested(benchmark::State& state) {
+  std::recursive_mutex lock;
+  for (auto _ : state) {
+    lock.lock();
+    lock.lock();
+    lock.unlock();
+    lock.unlock();
+  }
+}
+BENCHMARK(BM_StdRecursiveMutexNested);
+
+// Two threads taking turns on one lock.
+void BM_KepSemaphoreContended(benchmark::State& state) {
+  static _KepSemaphore* lock = nullptr;
+  if (state.thread_index() == 0) lock = new _KepSemaphore;
+  for (auto _ : state) {
+    lock->lock();
+    benchmark::ClobberMemory();
+    lock->unlock();
+  }
+  if (state.thread_index() == 0) {
+    delete lock;
+    lock = nullptr;
+  }
+}
+BENCHMARK(BM_KepSemaphoreContended)->Threads(2);
+
+void BM_StdRecursiveMutexContended(benchmark::State& state) {
+  static std::recursive_mutex lock;
+  for (auto _ : state) {
+    lock.lock();
+    benchmark::ClobberMemory();
+    lock.unlock();
+  }
+}
+BENCHMARK(BM_StdRecursiveMutexContended)->Threads(2);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Kep::init(0);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  Kep::destroy();
+  return 0;
+}
