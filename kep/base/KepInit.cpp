@@ -1,5 +1,6 @@
 #include "kep/base/KepInit.h"
 
+#include "kep/base/KepCharacter.h"
 #include "kep/base/KepDebugger.h"
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepGlobals.h"
@@ -72,6 +73,7 @@ void Kep::init(int /*a*/, int b, char* /*configName*/) {
   KepDebugger::init();
   KepProcess::logDebugString("Initializating KEP, invocation #%d, for current process", count);
   KepMemory::init();
+  KepCharacter::init();
   KepFactory::init();
   if (first) registerLibraryClasses();
 }
@@ -83,6 +85,7 @@ void Kep::destroy() {
     unregisterLibraryClasses();
   }
   KepFactory::destroy();
+  KepCharacter::destroy();
   KepMemory::destroy();
   KepDebugger::destroy();
   KepLogger::destroy();
