@@ -21,8 +21,17 @@
 #include "kep/memory/_KepMemoryTest.h"
 
 // Text
+#include "kep/base/KepBase64.h"
+#include "kep/base/KepByteArray.h"
+#include "kep/base/KepCharacter.h"
+#include "kep/base/KepRByteArray.h"
+#include "kep/base/KepRCharacter.h"
 #include "kep/base/KepRString.h"
+#include "kep/base/KepRStringBuffer.h"
+#include "kep/base/KepRStringTokenizer.h"
 #include "kep/base/KepString.h"
+#include "kep/base/KepStringBuffer.h"
+#include "kep/base/KepStringTokenizer.h"
 
 // DOM and XML
 #include "kep/xml/KepDOMChildNode.h"

@@ -1,5 +1,6 @@
 #include "kep/base/KepInit.h"
 
+#include "kep/base/KepCharacter.h"
 #include "kep/base/KepDebugger.h"
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepGlobals.h"
@@ -73,6 +74,7 @@ void Kep::init(int /*a*/, int b, char* /*configName*/) {
   KepDebugger::init();
   KepProcess::logDebugString("Initializating KEP, invocation #%d, for current process", count);
   KepMemory::init();
+  KepCharacter::init();
   if (first) _KepProcessInitThreads();
   KepFactory::init();
   if (first) registerLibraryClasses();
@@ -86,6 +88,7 @@ void Kep::destroy() {
     unregisterLibraryClasses();
   }
   KepFactory::destroy();
+  KepCharacter::destroy();
   KepMemory::destroy();
   KepDebugger::destroy();
   KepLogger::destroy();

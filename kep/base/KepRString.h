@@ -27,11 +27,24 @@ class KEP_API KepRString : public KepRObject {
   // A new body of `n` units left for the caller to fill (the terminator is set).
   static KepRString* allocate(int n);
 
+  // The number of bytes of zero-terminated `text` that the constructors copy from
+  // `offset` for `count` (-1: the rest of the text); never reaches past the zero
+  // byte. A negative offset is set to 0. 0 for null text.
+  static int byteSpan(unsigned char const* text, int& offset, int count);
+  // The same for UTF-16 units: `count` itself when it is positive, the rest of
+  // the zero-terminated text for -1, else 0.
+  static int unitSpan(unsigned short const* units, int& offset, int count);
+
+  // The string body behind a handle, or null when the handle is null or targets
+  // another class.
+  static KepRString const* of(KepObject const& handle);
+
   KepObject createAnother() const override;
   unsigned long equals(KepObject const& other) const override;
   KepString toString() const override;
 
-  KEP_METHODS_String(KEP_DECLARE_METHOD) using KepRObject::equals;
+  KEP_METHODS_String(KEP_DECLARE_METHOD);
+  using KepRObject::equals;
 
   // The units (always followed by a zero unit) and their count.
   unsigned short const* units() const noexcept { return characters; }
@@ -49,6 +62,10 @@ class KEP_API KepRString : public KepRObject {
 
   unsigned short* characters;
   int len;
+
+ private:
+  // A handle on this body.
+  KepString self() const;
 };
 
 #endif  // KEP_BASE_KEPRSTRING_H

@@ -1,14 +1,38 @@
 #include "kep/base/KepString.h"
 
-#include <cstdlib>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
-#include <new>
 
 #include "kep/base/KepRString.h"
 
-KEP_METHODS_String(KEP_DEFINE_BRIDGE) KEP_METHODS_String(KEP_DEFINE_HANDLE_METHOD)
+KEP_METHODS_String(KEP_DEFINE_BRIDGE);
+KEP_METHODS_String(KEP_DEFINE_HANDLE_METHOD);
 
-    int KepStrLen(signed char const* text) {
+namespace {
+
+KepString wrap(KepRString* body) { return KepString(static_cast<KepBridgeToObject*>(body)); }
+
+KepString fromText(char const* text, int n) {
+  return wrap(KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(text), n));
+}
+
+KepString printed(char const* format, ...) __attribute__((format(printf, 1, 2)));
+
+KepString printed(char const* format, ...) {
+  char text[64];
+  va_list args;
+  va_start(args, format);
+  int n = std::vsnprintf(text, sizeof text, format, args);
+  va_end(args);
+  if (n < 0) n = 0;
+  if (n >= static_cast<int>(sizeof text)) n = static_cast<int>(sizeof text) - 1;
+  return fromText(text, n);
+}
+
+}  // namespace
+
+int KepStrLen(signed char const* text) {
   if (text == nullptr) return 0;
   return static_cast<int>(std::strlen(reinterpret_cast<char const*>(text)));
 }
@@ -25,18 +49,8 @@ KepString::KepString(char const* text) : KepString(text, 0, -1) {}
 KepString::KepString(signed char* text) : KepString(reinterpret_cast<char const*>(text), 0, -1) {}
 
 KepString::KepString(char const* text, int offset, int count) : KepObject() {
-  if (offset < 0) offset = 0;
-  int n = 0;
-  if (text != nullptr) {
-    n = count;
-    if (count == -1) {
-      // -1 measures the whole text from its start; the copy still stops at the
-      // terminator instead of reading past it when an offset was given.
-      int total = KepStrLen(reinterpret_cast<signed char const*>(text));
-      n = offset >= total ? 0 : total - offset;
-    }
-  }
   auto const* bytes = reinterpret_cast<unsigned char const*>(text);
+  int n = KepRString::byteSpan(bytes, offset, count);
   KepBridgeBaseCtor(this, KepRString::createFromBytes(n > 0 ? bytes + offset : nullptr, n));
 }
 
@@ -46,24 +60,63 @@ KepString::KepString(signed char* text, int offset, int count)
 KepString::KepString(unsigned short const* units) : KepString(units, 0, -1) {}
 
 KepString::KepString(unsigned short const* units, int offset, int count) : KepObject() {
-  if (offset < 0) offset = 0;
-  int n = 0;
-  if (units != nullptr) {
-    n = count;
-    if (count == -1) {
-      int total = KepWStrLen(units);
-      n = offset >= total ? 0 : total - offset;
-    }
-  }
+  int n = KepRString::unitSpan(units, offset, count);
   KepBridgeBaseCtor(this, KepRString::create(n > 0 ? units + offset : nullptr, n));
 }
 
+KepString KepString::valueOf(unsigned short unit) { return wrap(KepRString::create(&unit, 1)); }
+
+KepString KepString::valueOf(int value) { return printed("%ld", static_cast<long>(value)); }
+
+KepString KepString::valueOf(long value) { return valueOf(value, 10); }
+
+KepString KepString::valueOf(int value, int radix) {
+  return valueOf(static_cast<long>(value), radix);
+}
+
+KepString KepString::valueOf(long value, int radix) {
+  if (radix < 2 || radix > 36) radix = 10;
+  char digits[72];
+  int n = 0;
+  // Radix 10 negates negative values; the other radixes divide them as they are.
+  bool negate = radix == 10 && value < 0;
+  long v = value;
+  do {
+    int r = static_cast<int>(v % radix);
+    if (negate) r = -r;
+    digits[n++] = static_cast<char>(r > 9 ? 'A' + r - 10 : '0' + r);
+    v /= radix;
+  } while (v != 0);
+  if (radix == 16 && value < 0) {
+    while (n < 16) digits[n++] = 'F';
+  }
+  char text[80];
+  int t = 0;
+  if (negate) text[t++] = '-';
+  if (radix == 16) {
+    text[t++] = '0';
+    text[t++] = 'x';
+  } else if (radix == 8) {
+    text[t++] = '0';
+  }
+  while (n > 0) text[t++] = digits[--n];
+  return fromText(text, t);
+}
+
+KepString KepString::valueOf(unsigned long boolean) { return fromText(boolean ? "1" : "0", 1); }
+
+KepString KepString::valueOf(float value) { return printed("%.7e", static_cast<double>(value)); }
+
+KepString KepString::valueOf(long double value) {
+  return printed("%.17e", static_cast<double>(value));
+}
+
 std::string KepString::toStdString() const {
-  KepRObject* body = getRealKepObj();
-  if (body == nullptr || !body->isOfType(KepClassID::String)) return std::string();
-  auto* s = static_cast<KepRString*>(body);
+  KepRString const* s = KepRString::of(*this);
+  if (s == nullptr) return std::string();
   std::string out(static_cast<size_t>(s->unitCount()), '\0');
-  for (int i = 0; i < s->unitCount(); ++i)
+  for (int i = 0; i < s->unitCount(); ++i) {
     out[static_cast<size_t>(i)] = static_cast<char>(s->units()[i]);
+  }
   return out;
 }

@@ -1,0 +1,247 @@
+// KepCharacter: every unit of the Basic Multilingual Plane checked against the
+// Unicode character database installed on the machine, before and after Kep::init
+// (private and shared tables), plus the table layout in the shared-data slots.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepTestSupport.h"
+
+namespace {
+
+struct UnitData {
+  std::string category = "Cn";
+  int decimal = -1;
+  int upper = -1;
+  int lower = -1;
+};
+
+std::vector<std::string> split(std::string const& line, char sep) {
+  std::vector<std::string> fields;
+  std::stringstream in(line);
+  std::string field;
+  while (std::getline(in, field, sep)) fields.push_back(field);
+  if (!line.empty() && line.back() == sep) fields.emplace_back();
+  return fields;
+}
+
+std::string trimmed(std::string s) {
+  size_t a = s.find_first_not_of(" \t");
+  size_t b = s.find_last_not_of(" \t");
+  return a == std::string::npos ? std::string() : s.substr(a, b - a + 1);
+}
+
+// UnicodeData.txt, read the way its header describes (ranges given by First/Last).
+std::vector<UnitData> const* unicodeData() {
+  static std::vector<UnitData> data;
+  static bool loaded = false;
+  if (loaded) return data.empty() ? nullptr : &data;
+  loaded = true;
+  std::ifstream in("/usr/share/unicode/UnicodeData.txt");
+  if (!in) return nullptr;
+  data.assign(0x10000, UnitData());
+  std::string line;
+  long first = -1;
+  while (std::getline(in, line)) {
+    std::vector<std::string> f = split(line, ';');
+    if (f.size() < 14) continue;
+    long code = std::stol(f[0], nullptr, 16);
+    if (code > 0xFFFF) continue;
+    UnitData d;
+    d.category = f[2];
+    if (!f[6].empty()) d.decimal = std::stoi(f[6]);
+    if (!f[12].empty()) d.upper = static_cast<int>(std::stol(f[12], nullptr, 16));
+    if (!f[13].empty()) d.lower = static_cast<int>(std::stol(f[13], nullptr, 16));
+    if (f[1].find(", First>") != std::string::npos) {
+      first = code;
+      continue;
+    }
+    if (f[1].find(", Last>") != std::string::npos) {
+      for (long c = first; c <= code; ++c) data[static_cast<size_t>(c)].category = d.category;
+      continue;
+    }
+    data[static_cast<size_t>(code)] = d;
+  }
+  return &data;
+}
+
+std::set<int> whiteSpace() {
+  std::set<int> spaces;
+  std::ifstream in("/usr/share/unicode/PropList.txt");
+  std::string line;
+  while (std::getline(in, line)) {
+    line = line.substr(0, line.find('#'));
+    std::vector<std::string> f = split(line, ';');
+    if (f.size() != 2 || trimmed(f[1]) != "White_Space") continue;
+    std::string range = trimmed(f[0]);
+    size_t dots = range.find("..");
+    long lo = std::stol(range.substr(0, dots), nullptr, 16);
+    long hi = dots == std::string::npos ? lo : std::stol(range.substr(dots + 2), nullptr, 16);
+    for (long c = lo; c <= hi && c <= 0xFFFF; ++c) spaces.insert(static_cast<int>(c));
+  }
+  for (int noBreak : {0x00A0, 0x2007, 0x202F}) spaces.erase(noBreak);
+  return spaces;
+}
+
+int typeNumber(std::string const& category) {
+  static std::map<std::string, int> const numbers = {
+      {"Cn", 0},  {"Lu", 1},  {"Ll", 2},  {"Lt", 3},  {"Lm", 4},  {"Lo", 5},
+      {"Mn", 6},  {"Me", 7},  {"Mc", 8},  {"Nd", 9},  {"Nl", 10}, {"No", 11},
+      {"Zs", 12}, {"Zl", 13}, {"Zp", 14}, {"Cc", 15}, {"Cf", 16}, {"Co", 18},
+      {"Cs", 19}, {"Pd", 20}, {"Ps", 21}, {"Pe", 22}, {"Pc", 23}, {"Po", 24},
+      {"Sm", 25}, {"Sc", 26}, {"Sk", 27}, {"So", 28}, {"Pi", 29}, {"Pf", 30}};
+  return numbers.at(category);
+}
+
+int letterValue(int u) {
+  for (int base : {0x41, 0x61, 0xFF21, 0xFF41}) {
+    if (u >= base && u < base + 26) return 10 + u - base;
+  }
+  return -1;
+}
+
+// Compares every unit; stops a category of check after a few failures.
+void checkWholePlane() {
+  std::vector<UnitData> const* data = unicodeData();
+  if (data == nullptr) GTEST_SKIP() << "the unicode-data package is not installed";
+  std::set<int> const spaces = whiteSpace();
+  ASSERT_FALSE(spaces.empty());
+  int failures = 0;
+  for (int u = 0; u <= 0xFFFF && failures < 20; ++u) {
+    auto unit = static_cast<unsigned short>(u);
+    UnitData const& d = (*data)[static_cast<size_t>(u)];
+    int type = typeNumber(d.category);
+    int expectedDigit = d.category == "Nd" ? d.decimal : letterValue(u);
+    bool letter = type >= 1 && type <= 5;
+    bool ok = KepCharacter::getType(unit) == type &&
+              KepCharacter::toUpperCase(unit) == (d.upper >= 0 ? d.upper : u) &&
+              KepCharacter::toLowerCase(unit) == (d.lower >= 0 ? d.lower : u) &&
+              KepCharacter::digit(unit, 36) == expectedDigit &&
+              KepCharacter::isDigit(unit) == (type == 9) &&
+              KepCharacter::isLetter(unit) == letter &&
+              KepCharacter::isLetterOrDigit(unit) == (letter || type == 9) &&
+              KepCharacter::isUpperCase(unit) == (type == 1) &&
+              KepCharacter::isLowerCase(unit) == (type == 2) &&
+              KepCharacter::isTitleCase(unit) == (type == 3) &&
+              KepCharacter::isDefined(unit) == (type != 0) &&
+              KepCharacter::isSpaceChar(unit) == (type >= 12 && type <= 14) &&
+              KepCharacter::isWhitespace(unit) == (spaces.count(u) == 1);
+    if (!ok) {
+      ++failures;
+      ADD_FAILURE() << std::hex << "U+" << u << " (" << d.category << ") type "
+                    << KepCharacter::getType(unit) << " upper " << KepCharacter::toUpperCase(unit)
+                    << " lower " << KepCharacter::toLowerCase(unit) << " digit "
+                    << KepCharacter::digit(unit, 36) << " whitespace "
+                    << KepCharacter::isWhitespace(unit);
+    }
+  }
+}
+
+uint32_t lookUpInSlots(unsigned short u) {
+  auto const* x = KepRSharedData::getPointer<uint8_t>(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_X);
+  auto const* y = KepRSharedData::getPointer<int16_t>(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_Y);
+  auto const* a = KepRSharedData::getPointer<uint32_t>(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_A);
+  return a[y[x[u >> 6] * 32 + ((u >> 1) & 31)] | (u & 1)];
+}
+
+}  // namespace
+
+TEST(Character, WholePlaneMatchesTheUnicodeDatabaseWithoutInit) {
+  ASSERT_FALSE(KepRSharedData::isCreated());
+  checkWholePlane();
+}
+
+TEST(Character, WholePlaneMatchesTheUnicodeDatabaseFromTheSharedTables) {
+  keptest::ScopedKepInit init;
+  ASSERT_NE(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_A), 0u);
+  checkWholePlane();
+}
+
+TEST(Character, SharedSlotsHoldTheThreeLevelTablesForTheLifeOfTheOuterInit) {
+  Kep::init(0);
+  ASSERT_NE(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_X), 0u);
+  ASSERT_NE(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_Y), 0u);
+  for (int u = 0; u <= 0xFFFF; ++u) {
+    auto unit = static_cast<unsigned short>(u);
+    uint32_t word = lookUpInSlots(unit);
+    ASSERT_EQ(word, KepCharacter::getProperties(unit)) << u;
+    ASSERT_EQ(static_cast<int>(word & 31), KepCharacter::getType(unit)) << u;
+  }
+  // The documented bits: whitespace class, case flags and the case difference.
+  uint32_t upperA = lookUpInSlots('A');
+  EXPECT_EQ(upperA & 31, 1u);
+  EXPECT_TRUE(upperA & (1u << 21)) << "has a lower-case mapping";
+  EXPECT_FALSE(upperA & (1u << 20));
+  EXPECT_EQ(static_cast<int32_t>(upperA) >> 22, 32) << "lower = u + d";
+  EXPECT_EQ(static_cast<int32_t>(lookUpInSlots('a')) >> 22, 32) << "upper = u - d";
+  EXPECT_EQ(lookUpInSlots(' ') & 0x70000, 0x40000u);
+  EXPECT_EQ(lookUpInSlots('z') & 0xC000, 0xC000u) << "a letter that is a digit above radix 10";
+  EXPECT_EQ(static_cast<int>(('7' + (static_cast<int32_t>(lookUpInSlots('7')) >> 9)) & 31), 7);
+
+  Kep::init(0);
+  Kep::destroy();
+  EXPECT_NE(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_CHAR_TABLE_A), 0u)
+      << "an inner destroy leaves the tables";
+  Kep::destroy();
+  EXPECT_EQ(KepCharacter::toUpperCase('q'), 'Q') << "answers go on after the last destroy";
+}
+
+TEST(Character, DigitsAndRadixes) {
+  EXPECT_EQ(KepCharacter::forDigit(11, 16), 'b');
+  EXPECT_EQ(KepCharacter::forDigit(5, 40), 0);
+  EXPECT_EQ(KepCharacter::forDigit(-1, 10), 0);
+  EXPECT_EQ(KepCharacter::forDigit(10, 10), 0);
+  EXPECT_EQ(KepCharacter::forDigit(0, 1), 0);
+  for (int radix = KepCharacter::MIN_RADIX(); radix <= KepCharacter::MAX_RADIX(); ++radix) {
+    for (int d = 0; d < radix; ++d) {
+      unsigned short c = KepCharacter::forDigit(d, radix);
+      ASSERT_EQ(KepCharacter::digit(c, radix), d) << radix;
+      ASSERT_EQ(KepCharacter::digit(KepCharacter::toUpperCase(c), radix), d) << radix;
+    }
+    if (radix < KepCharacter::MAX_RADIX()) {
+      EXPECT_EQ(KepCharacter::digit(KepCharacter::forDigit(radix, 36), radix), -1)
+          << "the first digit past the radix has no value";
+    }
+  }
+  EXPECT_EQ(KepCharacter::digit('5', 37), -1);
+  EXPECT_EQ(KepCharacter::digit('5', 1), -1);
+  EXPECT_EQ(KepCharacter::digit(0x0669, 10), 9) << "ARABIC-INDIC DIGIT NINE";
+  EXPECT_EQ(KepCharacter::digit(0xFF3A, 36), 35) << "FULLWIDTH LATIN CAPITAL LETTER Z";
+  EXPECT_EQ(KepCharacter::digit(0x00B2, 10), -1) << "superscript two is no decimal digit";
+}
+
+TEST(Character, SpacesAndConstants) {
+  for (unsigned short u : {9, 10, 12, 13, 32}) EXPECT_TRUE(KepCharacter::isSpace(u)) << u;
+  EXPECT_FALSE(KepCharacter::isSpace(11));
+  EXPECT_FALSE(KepCharacter::isSpace(0x00A0));
+  EXPECT_TRUE(KepCharacter::isSpaceChar(0x00A0));
+  EXPECT_FALSE(KepCharacter::isWhitespace(0x00A0));
+  EXPECT_TRUE(KepCharacter::isSpaceChar(0x2028));
+  EXPECT_FALSE(KepCharacter::isSpaceChar('\t'));
+  EXPECT_TRUE(KepCharacter::isWhitespace('\t'));
+  EXPECT_EQ(KepCharacter::getType(0x2029), KepCharacter::PARAGRAPH_SEPARATOR());
+  EXPECT_EQ(KepCharacter::UNASSIGNED(), 0);
+  EXPECT_EQ(KepCharacter::TITLECASE_LETTER(), 3);
+  EXPECT_EQ(KepCharacter::MODIFIER_LETTER(), 4);
+  EXPECT_EQ(KepCharacter::OTHER_LETTER(), 5);
+  EXPECT_EQ(KepCharacter::SPACE_SEPARATOR(), 12);
+  EXPECT_EQ(KepCharacter::LINE_SEPARATOR(), 13);
+}
+
+TEST(Character, ObjectWrapsOneUnit) {
+  KepCharacter c(static_cast<unsigned short>(0x263A));
+  EXPECT_EQ(c.charValue(), 0x263A);
+  EXPECT_EQ(c.toString().length(), 1);
+  EXPECT_EQ(c.toString().charAt(0), 0x263A);
+  EXPECT_TRUE(c.equals(KepCharacter(static_cast<unsigned short>(0x263A))));
+  EXPECT_FALSE(c.equals(KepCharacter(static_cast<unsigned short>('x'))));
+  EXPECT_FALSE(c.equals(KepString("\x3a")));
+  EXPECT_EQ(c.getClassID(), KepNameToTag("KepCharacter"));
+  EXPECT_EQ(KepCharacter().charValue(), 0);
+}
