@@ -3,6 +3,7 @@
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepString.h"
 #include "kep/contain/KepROrderedSetIterator.h"
+#include "kep/multi/_KepThreadUnix.h"
 
 KepROrderedSet::KepROrderedSet() noexcept : set(nullptr), spare(nullptr) {}
 
@@ -15,25 +16,43 @@ KepROrderedSet::~KepROrderedSet() {
 
 void KepROrderedSet::setComparator(KepCompareFunction compare) { set.set_comp(compare); }
 
+namespace {
+
+// Takes the spare out of its slot, or puts one in and answers the one that was
+// there. A process that never started a second thread needs no locked
+// instruction for either.
+KepROrderedSetIterator* swapSpare(std::atomic<KepROrderedSetIterator*>& slot,
+                                  KepROrderedSetIterator* with) {
+  if (_KepThrdSingleThreaded()) {
+    KepROrderedSetIterator* old = slot.load(std::memory_order_relaxed);
+    slot.store(with, std::memory_order_relaxed);
+    return old;
+  }
+  return slot.exchange(with, std::memory_order_acq_rel);
+}
+
+}  // namespace
+
 KepOrderedSetIterator KepROrderedSet::iteratorAt(_KepOrderedSetIter position) const {
   auto* tree = const_cast<_KepOrderedSetImpl*>(&set);
-  KepROrderedSetIterator* it = spare.exchange(nullptr, std::memory_order_acquire);
+  KepROrderedSetIterator* it = swapSpare(spare, nullptr);
+  KepROrderedSetIterator* given;
   if (it != nullptr && it->getRefCount() == 1) {
     // Only the set's own reference is left: nobody can observe the reuse.
     it->restart(tree, position);
-    KepOrderedSetIterator result(it);
-    spare.store(it, std::memory_order_release);
-    return result;
+    given = it;
+  } else {
+    given = new KepROrderedSetIterator(tree, position);
+    if (it == nullptr) {
+      given->addRef();  // becomes the spare
+      it = given;
+    }
   }
-  auto* fresh = new KepROrderedSetIterator(tree, position);
-  KepOrderedSetIterator result(fresh);
-  if (it == nullptr) {
-    fresh->addRef();  // becomes the spare
-    it = fresh;
-  }
+  // The caller's reference exists before the spare is back in its slot, so no
+  // other lookup can take it for unused.
+  KepOrderedSetIterator result(given);
   // Put the spare back; one that another lookup put meanwhile is given up.
-  if (KepROrderedSetIterator* other = spare.exchange(it, std::memory_order_acq_rel))
-    other->release();
+  if (KepROrderedSetIterator* other = swapSpare(spare, it)) other->release();
   return result;
 }
 

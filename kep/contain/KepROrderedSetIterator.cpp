@@ -10,9 +10,11 @@ KepROrderedSetIterator::KepROrderedSetIterator(_KepOrderedSetImpl* s, _KepOrdere
 void KepROrderedSetIterator::restart(_KepOrderedSetImpl* s, _KepOrderedSetIter p) noexcept {
   set = s;
   position = p;
-  service.store(0, std::memory_order_relaxed);
-  flags.fetch_and(kFlagOwnsSemaphore, std::memory_order_relaxed);
-  flags.fetch_or(kFlagPublish, std::memory_order_relaxed);
+  // Written only when a caller changed them: the usual reuse costs no store.
+  if (service.load(std::memory_order_relaxed) != 0) service.store(0, std::memory_order_relaxed);
+  uint8_t f = flags.load(std::memory_order_relaxed);
+  auto fresh = static_cast<uint8_t>((f & kFlagOwnsSemaphore) | kFlagPublish);
+  if (f != fresh) flags.store(fresh, std::memory_order_relaxed);
 }
 
 KepObject KepROrderedSetIterator::nextElement() {

@@ -21,76 +21,88 @@ Node* newNode(void* key, int color) {
 
 bool isBlack(Node const* n) { return n == nullptr || n->color == kBlack; }
 
-void rotateLeft(Node* x, Node*& root) {
-  Node* y = x->right;
-  x->right = y->left;
-  if (y->left != nullptr) y->left->parent = x;
-  y->parent = x->parent;
-  if (x == root) {
-    root = y;
-  } else if (x == x->parent->left) {
-    x->parent->left = y;
-  } else {
-    x->parent->right = y;
+// Every rebalancing step comes in two mirror images. `Near` is the side a step
+// works on and `Far` the other; the steps are instantiated with (left, right)
+// and (right, left).
+template <Node* Node::*Near, Node* Node::*Far>
+struct Side {
+  // Rotates `x` down towards Near: its Far child takes its place.
+  static void rotate(Node* x, Node*& root) {
+    Node* y = x->*Far;
+    x->*Far = y->*Near;
+    if (y->*Near != nullptr) (y->*Near)->parent = x;
+    y->parent = x->parent;
+    if (x == root) {
+      root = y;
+    } else if (x == x->parent->*Near) {
+      x->parent->*Near = y;
+    } else {
+      x->parent->*Far = y;
+    }
+    y->*Near = x;
+    x->parent = y;
   }
-  y->left = x;
-  x->parent = y;
-}
 
-void rotateRight(Node* x, Node*& root) {
-  Node* y = x->left;
-  x->left = y->right;
-  if (y->right != nullptr) y->right->parent = x;
-  y->parent = x->parent;
-  if (x == root) {
-    root = y;
-  } else if (x == x->parent->right) {
-    x->parent->right = y;
-  } else {
-    x->parent->left = y;
+  // One insert step for a red `x` whose red parent is its grandparent's Near
+  // child. Answers the node to look at next.
+  static Node* fixInsert(Node* x, Node*& root) {
+    Node* grand = x->parent->parent;
+    Node* uncle = grand->*Far;
+    if (uncle != nullptr && uncle->color == kRed) {
+      x->parent->color = kBlack;
+      uncle->color = kBlack;
+      grand->color = kRed;
+      return grand;
+    }
+    if (x == x->parent->*Far) {
+      x = x->parent;
+      Side<Near, Far>::rotate(x, root);
+    }
+    x->parent->color = kBlack;
+    x->parent->parent->color = kRed;
+    Side<Far, Near>::rotate(x->parent->parent, root);
+    return x;
   }
-  y->right = x;
-  x->parent = y;
-}
+
+  // One erase step for a doubly black `x` that is xParent's Near child.
+  // Answers true when the tree is balanced again.
+  static bool fixErase(Node*& x, Node*& xParent, Node*& root) {
+    Node* w = xParent->*Far;
+    if (w->color == kRed) {
+      w->color = kBlack;
+      xParent->color = kRed;
+      Side<Near, Far>::rotate(xParent, root);
+      w = xParent->*Far;
+    }
+    if (isBlack(w->*Near) && isBlack(w->*Far)) {
+      w->color = kRed;
+      x = xParent;
+      xParent = xParent->parent;
+      return false;
+    }
+    if (isBlack(w->*Far)) {
+      if (w->*Near != nullptr) (w->*Near)->color = kBlack;
+      w->color = kRed;
+      Side<Far, Near>::rotate(w, root);
+      w = xParent->*Far;
+    }
+    w->color = xParent->color;
+    xParent->color = kBlack;
+    if (w->*Far != nullptr) (w->*Far)->color = kBlack;
+    Side<Near, Far>::rotate(xParent, root);
+    return true;
+  }
+};
+
+using LeftSide = Side<&Node::left, &Node::right>;
+using RightSide = Side<&Node::right, &Node::left>;
 
 // Restores the colour rules after linking the red node `x`.
 void rebalanceAfterInsert(Node* x, Node*& root) {
   x->color = kRed;
   while (x != root && x->parent->color == kRed) {
-    Node* grand = x->parent->parent;
-    if (x->parent == grand->left) {
-      Node* uncle = grand->right;
-      if (uncle != nullptr && uncle->color == kRed) {
-        x->parent->color = kBlack;
-        uncle->color = kBlack;
-        grand->color = kRed;
-        x = grand;
-      } else {
-        if (x == x->parent->right) {
-          x = x->parent;
-          rotateLeft(x, root);
-        }
-        x->parent->color = kBlack;
-        x->parent->parent->color = kRed;
-        rotateRight(x->parent->parent, root);
-      }
-    } else {
-      Node* uncle = grand->left;
-      if (uncle != nullptr && uncle->color == kRed) {
-        x->parent->color = kBlack;
-        uncle->color = kBlack;
-        grand->color = kRed;
-        x = grand;
-      } else {
-        if (x == x->parent->left) {
-          x = x->parent;
-          rotateRight(x, root);
-        }
-        x->parent->color = kBlack;
-        x->parent->parent->color = kRed;
-        rotateLeft(x->parent->parent, root);
-      }
-    }
+    x = x->parent == x->parent->parent->left ? LeftSide::fixInsert(x, root)
+                                             : RightSide::fixInsert(x, root);
   }
   root->color = kBlack;
 }
@@ -148,57 +160,9 @@ Node* rebalanceForErase(Node* z, Node*& root, Node*& leftmost, Node*& rightmost)
   }
   if (y->color != kRed) {
     while (x != root && isBlack(x)) {
-      if (x == xParent->left) {
-        Node* w = xParent->right;
-        if (w->color == kRed) {
-          w->color = kBlack;
-          xParent->color = kRed;
-          rotateLeft(xParent, root);
-          w = xParent->right;
-        }
-        if (isBlack(w->left) && isBlack(w->right)) {
-          w->color = kRed;
-          x = xParent;
-          xParent = xParent->parent;
-        } else {
-          if (isBlack(w->right)) {
-            if (w->left != nullptr) w->left->color = kBlack;
-            w->color = kRed;
-            rotateRight(w, root);
-            w = xParent->right;
-          }
-          w->color = xParent->color;
-          xParent->color = kBlack;
-          if (w->right != nullptr) w->right->color = kBlack;
-          rotateLeft(xParent, root);
-          break;
-        }
-      } else {
-        Node* w = xParent->left;
-        if (w->color == kRed) {
-          w->color = kBlack;
-          xParent->color = kRed;
-          rotateRight(xParent, root);
-          w = xParent->left;
-        }
-        if (isBlack(w->right) && isBlack(w->left)) {
-          w->color = kRed;
-          x = xParent;
-          xParent = xParent->parent;
-        } else {
-          if (isBlack(w->left)) {
-            if (w->right != nullptr) w->right->color = kBlack;
-            w->color = kRed;
-            rotateLeft(w, root);
-            w = xParent->left;
-          }
-          w->color = xParent->color;
-          xParent->color = kBlack;
-          if (w->left != nullptr) w->left->color = kBlack;
-          rotateRight(xParent, root);
-          break;
-        }
-      }
+      bool done = x == xParent->left ? LeftSide::fixErase(x, xParent, root)
+                                     : RightSide::fixErase(x, xParent, root);
+      if (done) break;
     }
     if (x != nullptr) x->color = kBlack;
   }
@@ -281,19 +245,9 @@ _KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::_M_insert(Node* x, Node* pa
 }
 
 _KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::find(void* key) const {
-  if (compare == nullptr) return end();
-  Node* y = const_cast<Node*>(&header);
-  Node* x = root();
-  while (x != nullptr) {
-    if (compare(x->key, key) == 0) {
-      y = x;
-      x = x->left;
-    } else {
-      x = x->right;
-    }
-  }
-  if (y == &header || compare(key, y->key) != 0) return end();
-  return iterator(y);
+  iterator j = lower_bound(key);
+  if (j == end() || compare(key, *j) != 0) return end();
+  return j;
 }
 
 _KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::lower_bound(void* key) const {

@@ -16,14 +16,6 @@ _KepVectorImpl::~_KepVectorImpl() {
   if (start != nullptr) std::free(start);
 }
 
-void _KepVectorImpl::push_back(void* const& value) {
-  if (finish != endOfStorage) {
-    *finish++ = value;
-  } else {
-    _M_insert_aux(finish, value);
-  }
-}
-
 void** _KepVectorImpl::insert(void** pos, void* const& value) {
   if (pos < start || pos > finish) pos = finish;
   size_t index = static_cast<size_t>(pos - start);

@@ -36,7 +36,13 @@ class KEP_API _KepVectorImpl {
   void*& operator[](size_t i) const noexcept { return start[i]; }
 
   // Appends `value`, growing the storage when it is full.
-  void push_back(void* const& value);
+  void push_back(void* const& value) {
+    if (finish != endOfStorage) {
+      *finish++ = value;
+    } else {
+      _M_insert_aux(finish, value);
+    }
+  }
   // Inserts `value` before `pos` and answers the new element's position in the
   // (possibly moved) storage.
   void** insert(void** pos, void* const& value);
