@@ -206,13 +206,14 @@ void _KepRedBlackTreeImpl::resetHeader() noexcept {
 }
 
 std::pair<_KepRedBlackTreeImpl::iterator, bool> _KepRedBlackTreeImpl::insert_unique(void* key) {
-  if (compare == nullptr) return {end(), false};
+  KepCompareFunction less = compare;
+  if (less == nullptr) return {end(), false};
   Node* y = &header;
   Node* x = root();
   bool left = true;
   while (x != nullptr) {
     y = x;
-    left = compare(key, x->key) != 0;
+    left = less(key, x->key) != 0;
     x = left ? x->left : x->right;
   }
   iterator j(y);
@@ -220,7 +221,7 @@ std::pair<_KepRedBlackTreeImpl::iterator, bool> _KepRedBlackTreeImpl::insert_uni
     if (j == begin()) return {_M_insert(x, y, key), true};
     --j;
   }
-  if (compare(j.node->key, key) != 0) return {_M_insert(x, y, key), true};
+  if (less(j.node->key, key) != 0) return {_M_insert(x, y, key), true};
   return {j, false};
 }
 
@@ -242,42 +243,6 @@ _KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::_M_insert(Node* x, Node* pa
   rebalanceAfterInsert(z, root());
   ++nodeCount;
   return iterator(z);
-}
-
-_KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::find(void* key) const {
-  iterator j = lower_bound(key);
-  if (j == end() || compare(key, *j) != 0) return end();
-  return j;
-}
-
-_KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::lower_bound(void* key) const {
-  if (compare == nullptr) return end();
-  Node* y = const_cast<Node*>(&header);
-  Node* x = root();
-  while (x != nullptr) {
-    if (compare(x->key, key) == 0) {
-      y = x;
-      x = x->left;
-    } else {
-      x = x->right;
-    }
-  }
-  return iterator(y);
-}
-
-_KepRedBlackTreeImpl::iterator _KepRedBlackTreeImpl::upper_bound(void* key) const {
-  if (compare == nullptr) return end();
-  Node* y = const_cast<Node*>(&header);
-  Node* x = root();
-  while (x != nullptr) {
-    if (compare(key, x->key) != 0) {
-      y = x;
-      x = x->left;
-    } else {
-      x = x->right;
-    }
-  }
-  return iterator(y);
 }
 
 void _KepRedBlackTreeImpl::erase(iterator pos) {

@@ -48,11 +48,41 @@ class KEP_API _KepRedBlackTreeImpl {
   // new key and true, or the position of the equal key and false.
   std::pair<iterator, bool> insert_unique(void* key);
   // The position of the key equal to `key`, or end().
-  iterator find(void* key) const;
+  iterator find(void* key) const {
+    iterator j = lower_bound(key);
+    if (j == end() || compare(key, *j) != 0) return end();
+    return j;
+  }
   // The first position whose key is not before `key`, and the first whose key
-  // is after `key`.
-  iterator lower_bound(void* key) const;
-  iterator upper_bound(void* key) const;
+  // is after `key`. (Inline, so that lookups cost no call into the library.)
+  iterator lower_bound(void* key) const {
+    KepCompareFunction less = compare;  // a local copy is not reloaded after each call
+    _KepRedBlackTreeNode* y = end().node;
+    if (less == nullptr) return iterator(y);
+    for (_KepRedBlackTreeNode* x = header.parent; x != nullptr;) {
+      if (less(x->key, key) == 0) {
+        y = x;
+        x = x->left;
+      } else {
+        x = x->right;
+      }
+    }
+    return iterator(y);
+  }
+  iterator upper_bound(void* key) const {
+    KepCompareFunction less = compare;
+    _KepRedBlackTreeNode* y = end().node;
+    if (less == nullptr) return iterator(y);
+    for (_KepRedBlackTreeNode* x = header.parent; x != nullptr;) {
+      if (less(key, x->key) != 0) {
+        y = x;
+        x = x->left;
+      } else {
+        x = x->right;
+      }
+    }
+    return iterator(y);
+  }
   // Removes the node at `pos` (end() is ignored); the key is not touched.
   void erase(iterator pos);
   // Removes [first, last); the whole tree in one step when that is everything.
