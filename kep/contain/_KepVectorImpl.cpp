@@ -9,9 +9,6 @@ constexpr size_t kFirstCapacity = 32;
 
 }  // namespace
 
-_KepVectorImpl::_KepVectorImpl() noexcept
-    : start(nullptr), finish(nullptr), endOfStorage(nullptr) {}
-
 _KepVectorImpl::~_KepVectorImpl() {
   if (start != nullptr) std::free(start);
 }

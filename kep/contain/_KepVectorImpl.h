@@ -19,7 +19,7 @@
 class KEP_API _KepVectorImpl {
  public:
   // An empty vector with no storage (begin() is null).
-  _KepVectorImpl() noexcept;
+  _KepVectorImpl() noexcept : start(nullptr), finish(nullptr), endOfStorage(nullptr) {}
   // Frees the storage; the pointed-at objects are untouched.
   ~_KepVectorImpl();
   _KepVectorImpl(_KepVectorImpl const&) = delete;
