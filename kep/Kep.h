@@ -33,6 +33,23 @@
 #include "kep/base/KepStringBuffer.h"
 #include "kep/base/KepStringTokenizer.h"
 
+// Containers
+#include "kep/contain/KepArray.h"
+#include "kep/contain/KepCompareFunction.h"
+#include "kep/contain/KepIntMap.h"
+#include "kep/contain/KepOrderedSet.h"
+#include "kep/contain/KepOrderedSetIterator.h"
+#include "kep/contain/KepRArray.h"
+#include "kep/contain/KepROrderedSet.h"
+#include "kep/contain/KepROrderedSetIterator.h"
+#include "kep/contain/_KepArrayImpl.h"
+#include "kep/contain/_KepOrderedSetImpl.h"
+#include "kep/contain/_KepOrderedSetIter.h"
+#include "kep/contain/_KepRandom.h"
+#include "kep/contain/_KepRedBlackTreeImpl.h"
+#include "kep/contain/_KepRedBlackTreeNode.h"
+#include "kep/contain/_KepVectorImpl.h"
+
 // DOM and XML
 #include "kep/xml/KepDOMChildNode.h"
 #include "kep/xml/KepDOMElement.h"

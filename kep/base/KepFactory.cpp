@@ -1,31 +1,42 @@
 #include "kep/base/KepFactory.h"
 
-#include <map>
+#include <atomic>
+#include <new>
 
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
 #include "kep/base/KepString.h"
+#include "kep/contain/_KepOrderedSetImpl.h"
 
 namespace {
 
 constexpr uint64_t kFactoryMark = 0xea67c11fu;
 
-// One row of the factory table.
-struct ClassEntry {
-  int entryClassID;
-  int serviceID;
-  KepObject* defaultObj;
-};
+using Entry = _KepRFactoryClassEntry;
 
-// The table: class id -> entry, ordered by signed class id.
-using FactoryTable = std::map<int, ClassEntry*>;
-
-FactoryTable* table() {
-  return KepRSharedData::getPointer<FactoryTable>(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE);
+_KepOrderedSetImpl* table() {
+  return KepRSharedData::getPointer<_KepOrderedSetImpl>(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE);
 }
 
-KepFactory::ServiceStarter gServiceStarter = nullptr;
+// The row of `classId`, or null. Runs under the factory lock.
+Entry* findEntry(_KepOrderedSetImpl* t, int classId) {
+  Entry probe{classId, 0, nullptr};
+  _KepOrderedSetIter it = t->find(&probe);
+  return it == t->end() ? nullptr : static_cast<Entry*>(*it);
+}
+
+// True when `holder` is some row's prototype holder. Registration is rare and
+// the table small, so a walk is cheap enough to keep a registered holder from
+// being retargeted or freed by a second registration.
+bool isHolderInTable(_KepOrderedSetImpl* t, KepObject const* holder) {
+  for (_KepOrderedSetIter it = t->begin(); it != t->end(); ++it) {
+    if (static_cast<Entry*>(*it)->defaultObj == holder) return true;
+  }
+  return false;
+}
+
+std::atomic<KepFactory::ServiceStarter> gServiceStarter{nullptr};
 
 // Holds the factory lock for a scope.
 class FactoryLock {
@@ -34,27 +45,38 @@ class FactoryLock {
   ~FactoryLock() {
     if (held_) KepRSharedData::unlock(KEP_SCOPE_PROCESS, KEP_LOCK_FACTORY);
   }
+  FactoryLock(FactoryLock const&) = delete;
+  FactoryLock& operator=(FactoryLock const&) = delete;
   bool held() const { return held_; }
 
  private:
   bool held_;
 };
 
-// Inserts or completes the entry of `classId` with `holder` as its prototype
-// holder; the first prototype wins. Runs under the factory lock.
-void enterPrototype(int classId, KepObject* holder) {
-  FactoryTable* t = table();
-  if (t == nullptr) return;
-  auto it = t->find(classId);
-  if (it == t->end()) {
-    (*t)[classId] = new ClassEntry{classId, 0, holder};
-  } else if (it->second->defaultObj == nullptr) {
-    it->second->serviceID = 0;
-    it->second->defaultObj = holder;
+// Inserts or completes the row of `classId` with `holder`, made to target
+// `prototype`, as its prototype holder; the first prototype wins. A holder the
+// table does not keep is freed. Runs under the factory lock.
+void enterPrototype(int classId, KepObject* holder, KepObject const& prototype) {
+  _KepOrderedSetImpl* t = table();
+  if (t != nullptr && isHolderInTable(t, holder)) return;  // already a class's holder
+  Entry* e = t != nullptr ? findEntry(t, classId) : nullptr;
+  if (holder->getTarget() != prototype.getTarget()) KepBridgeOperatorAssign(holder, prototype);
+  if (t != nullptr && e == nullptr) {
+    t->insert(new Entry{classId, 0, holder});
+  } else if (e != nullptr && e->defaultObj == nullptr) {
+    e->serviceID = 0;
+    e->defaultObj = holder;
+  } else {
+    holder->freeBridge();
   }
 }
 
 }  // namespace
+
+unsigned long _KepClassEntryComparator(void* a, void* b) {
+  if (a == nullptr || b == nullptr) return 0;
+  return static_cast<Entry*>(a)->entryClassID < static_cast<Entry*>(b)->entryClassID ? 1 : 0;
+}
 
 void KepFactory::init() {
   int count;
@@ -67,8 +89,12 @@ void KepFactory::init() {
       count = static_cast<int>(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT)) + 1;
     }
     KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT, static_cast<uint64_t>(count));
-    if (count == 1)
-      KepRSharedData::setPointer(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE, new FactoryTable);
+    if (count == 1) {
+      void* block = KepRSharedData::alloc(KEP_SCOPE_PROCESS, sizeof(_KepOrderedSetImpl));
+      _KepOrderedSetImpl* t =
+          block != nullptr ? new (block) _KepOrderedSetImpl(_KepClassEntryComparator) : nullptr;
+      KepRSharedData::setPointer(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE, t);
+    }
   }
   KepProcess::logDebugString("Initializating KepFactory, invocation #%d, for current process",
                              count);
@@ -81,59 +107,66 @@ void KepFactory::destroy() {
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT, count - 1);
   if (count != 1) return;
   // The last user: whatever is still registered goes with the table.
-  FactoryTable* t = table();
-  if (t != nullptr) {
-    for (auto& row : *t) {
-      if (row.second->defaultObj != nullptr) row.second->defaultObj->freeBridge();
-      delete row.second;
-    }
-    delete t;
-  }
+  _KepOrderedSetImpl* t = table();
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE, 0);
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_MARK, 0);
+  if (t == nullptr) return;
+  for (_KepOrderedSetIter it = t->begin(); it != t->end(); ++it) {
+    auto* e = static_cast<Entry*>(*it);
+    if (e->defaultObj != nullptr) e->defaultObj->freeBridge();
+    delete e;
+  }
+  t->~_KepOrderedSetImpl();
+  KepRSharedData::free(KEP_SCOPE_PROCESS, t);
 }
 
 void KepFactory::registerClass(KepObject* holder, KepObject* prototype) {
-  if (holder == nullptr || prototype == nullptr) return;
+  if (holder == nullptr) return;
+  if (prototype == nullptr) {
+    holder->freeBridge();
+    return;
+  }
   FactoryLock lock;
-  int classId = prototype->getClassID();
-  if (holder->getTarget() != prototype->getTarget()) KepBridgeOperatorAssign(holder, *prototype);
-  enterPrototype(classId, holder);
+  enterPrototype(prototype->getClassID(), holder, *prototype);
 }
 
 void KepFactory::registerInternalClass(int classId, KepObject* holder, void* body) {
-  if (holder == nullptr || body == nullptr) return;
-  FactoryLock lock;
-  auto* b = static_cast<KepRObject*>(body);
-  if (holder->getTarget() != b) {
-    KepObject onBody(b);
-    KepBridgeOperatorAssign(holder, onBody);
+  if (holder == nullptr) return;
+  if (body == nullptr) {
+    holder->freeBridge();
+    return;
   }
-  enterPrototype(classId, holder);
+  FactoryLock lock;
+  KepObject onBody(static_cast<KepRObject*>(body));
+  enterPrototype(classId, holder, onBody);
 }
 
 void KepFactory::registerInternalClass(KepObject* holder, void* body) {
-  if (body == nullptr) return;
+  if (body == nullptr) {
+    if (holder != nullptr) holder->freeBridge();
+    return;
+  }
   registerInternalClass(static_cast<KepRObject*>(body)->getClassID(), holder, body);
 }
 
 int KepFactory::registerClass(int classId, int serviceId) {
   FactoryLock lock;
   if (!lock.held()) return 0;
-  FactoryTable* t = table();
-  if (t != nullptr && t->find(classId) == t->end()) {
-    (*t)[classId] = new ClassEntry{classId, serviceId, nullptr};
-  }
+  _KepOrderedSetImpl* t = table();
+  if (t != nullptr && findEntry(t, classId) == nullptr)
+    t->insert(new Entry{classId, serviceId, nullptr});
   return 0;
 }
 
 void KepFactory::unregisterClass(int classId) {
   FactoryLock lock;
-  FactoryTable* t = table();
+  _KepOrderedSetImpl* t = table();
   if (t == nullptr) return;
-  auto it = t->find(classId);
+  Entry probe{classId, 0, nullptr};
+  _KepOrderedSetIter it = t->find(&probe);
   if (it == t->end()) return;
-  ClassEntry* e = it->second;
+  auto* e = static_cast<Entry*>(*it);
+  // Out of the table first: releasing the prototype may run arbitrary code.
   t->erase(it);
   if (e->defaultObj != nullptr) e->defaultObj->freeBridge();
   delete e;
@@ -143,17 +176,17 @@ KepObject KepFactory::getObjectStatic(int classId, int /*sub*/, int service) {
   KepObject result;
   FactoryLock lock;
   if (!lock.held()) return result;
-  FactoryTable* t = table();
-  if (t != nullptr) {
-    auto it = t->find(classId);
-    if (it != t->end()) {
-      ClassEntry* e = it->second;
-      if (e->defaultObj == nullptr && gServiceStarter != nullptr) gServiceStarter(e->serviceID);
-      // The service's init() may have completed the entry.
-      if (e->defaultObj != nullptr) result = e->defaultObj->createAnother();
-    } else if (classId == KepClassID::Object) {
-      result = KepObject(new KepRObject());
+  _KepOrderedSetImpl* t = table();
+  Entry* e = t != nullptr ? findEntry(t, classId) : nullptr;
+  if (e != nullptr) {
+    ServiceStarter starter = gServiceStarter.load(std::memory_order_acquire);
+    if (e->defaultObj == nullptr && starter != nullptr) {
+      starter(e->serviceID);
+      // The service's init() registers the class; look the row up again, as
+      // the service may also have replaced it.
+      e = findEntry(t, classId);
     }
+    if (e != nullptr && e->defaultObj != nullptr) result = e->defaultObj->createAnother();
   } else if (classId == KepClassID::Object) {
     result = KepObject(new KepRObject());
   }
@@ -196,12 +229,12 @@ void KepFactory::freeBridge(KepObject const*& p) {
 
 void KepFactory::setServiceStarter(ServiceStarter starter) {
   FactoryLock lock;
-  gServiceStarter = starter;
+  gServiceStarter.store(starter, std::memory_order_release);
 }
 
 int KepFactory::classCount() {
   FactoryLock lock;
-  FactoryTable* t = table();
+  _KepOrderedSetImpl* t = table();
   return t == nullptr ? 0 : static_cast<int>(t->size());
 }
 

@@ -7,10 +7,26 @@
 
 class KepString;
 
+// One row of the factory table: the class id (the key), the id of the service
+// that provides the class (0 once a prototype is registered) and the heap handle
+// on the prototype (null while the class is only announced).
+struct KEP_API _KepRFactoryClassEntry {
+  int entryClassID;
+  int serviceID;
+  KepObject* defaultObj;
+};
+
+// The table's order: 1 when a's class id is below b's as signed 32-bit
+// integers (both are _KepRFactoryClassEntry*), else 0.
+KEP_API unsigned long _KepClassEntryComparator(void* a, void* b);
+
 // The factory keeps one table, per process, from class id to a prototype object
 // (held through a heap handle) and makes new objects by the prototype's
-// createAnother(). A class that a loadable service provides is announced with the
-// service's id and no prototype; the service is started on the first request.
+// createAnother(). The table is an ordered set of _KepRFactoryClassEntry rows
+// kept in the process shared-data store (marker, count and table in slots 7, 8
+// and 9), made by the first init() and freed, with every holder left in it, by
+// the last destroy(). A class that a loadable service provides is announced with
+// the service's id and no prototype; the service is started on the first request.
 //
 // Unknown ids (other than 0x40024, which falls back to a plain object), services
 // that do not register their class, and a factory that was never initialised all
@@ -29,15 +45,25 @@ class KEP_API KepFactory {
 
   // Registers a class by prototype: `holder` is made to target `prototype`, and
   // the table entry for prototype->getClassID() is added (or completed, when a
-  // service announced the class). The factory keeps `holder` until the class is
-  // unregistered; the caller must not free it.
+  // service announced the class).
+  //
+  // Ownership of `holder`: every registration call takes the heap handle over,
+  // whatever its outcome. When the factory keeps it, it lives until the class is
+  // unregistered or the last destroy(); when it does not (the class already has
+  // a prototype: the first registration wins; a null prototype or body; no
+  // table), the handle is freed at once with freeBridge(), which also drops the
+  // reference it took on the prototype. Either way the caller must not use or
+  // free `holder` after the call. (Passing a handle that already is the
+  // registered holder of some class changes nothing.)
   static void registerClass(KepObject* holder, KepObject* prototype);
-  // Registers a library body under `classId`: `holder` is made to target `body`.
+  // Registers a library body under `classId`: `holder` is made to target `body`
+  // (taking a reference on it). Ownership of `holder` as above: a body whose only
+  // reference was a rejected holder is deleted with it.
   static void registerInternalClass(int classId, KepObject* holder, void* body);
   // As above, with the id taken from the body's getClassID().
   static void registerInternalClass(KepObject* holder, void* body);
-  // Announces that service `serviceId` provides `classId` (no prototype yet).
-  // Answers 0.
+  // Announces that service `serviceId` provides `classId` (no prototype yet);
+  // nothing changes when the class already has an entry. Answers 0.
   static int registerClass(int classId, int serviceId);
   // Removes the entry and frees its holder handle.
   static void unregisterClass(int classId);

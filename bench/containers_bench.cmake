@@ -1,0 +1,1 @@
+kep_bench(containers_bench containers_bench.cpp)

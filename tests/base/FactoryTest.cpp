@@ -1,0 +1,213 @@
+// The factory table: its place in the shared-data store, first registration
+// wins, holder ownership, announced classes and the plain-object fallback.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepTestSupport.h"
+
+using keptest::CountedBody;
+using keptest::ScopedKepInit;
+
+namespace {
+
+constexpr int kClassA = 0x4f0100;
+constexpr int kAnnounced = 0x4f0101;
+constexpr int kService = 0x4f0200;
+constexpr int kSilentService = 0x4f0201;
+
+// A second counted class, to tell prototypes apart.
+class OtherBody : public CountedBody {
+ public:
+  KepObject createAnother() const override { return KepObject(new OtherBody()); }
+};
+
+// Two counted classes that both answer the class id kClassA.
+class BodyA : public CountedBody {
+ public:
+  int getClassID() const override { return kClassA; }
+  KepObject createAnother() const override { return KepObject(new BodyA()); }
+};
+class OtherBodyA : public BodyA {
+ public:
+  KepObject createAnother() const override { return KepObject(new OtherBodyA()); }
+};
+
+_KepOrderedSetImpl* factoryTable() {
+  return KepRSharedData::getPointer<_KepOrderedSetImpl>(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE);
+}
+
+// A stand-in for a service whose init() registers the class it provides.
+std::atomic<int> gStarts{0};
+bool startService(int serviceId) {
+  ++gStarts;
+  if (serviceId != kService) return false;  // found, but registers nothing
+  KepFactory::registerInternalClass(kAnnounced, KepObject::newObject(), new CountedBody);
+  return true;
+}
+
+class Factory : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    KepFactory::setServiceStarter(nullptr);
+    for (int id : {kClassA, kAnnounced, -7, 0x7fff0000}) KepFactory::unregisterClass(id);
+    EXPECT_EQ(CountedBody::live.load(), 0) << "a prototype or a holder leaked";
+  }
+  ScopedKepInit init_;
+};
+
+}  // namespace
+
+TEST_F(Factory, TableLivesInTheSharedStoreInSignedClassOrder) {
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_MARK), 0xea67c11fu);
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 1u);
+  _KepOrderedSetImpl* table = factoryTable();
+  ASSERT_NE(table, nullptr);
+  int before = KepFactory::classCount();
+  EXPECT_EQ(static_cast<int>(table->size()), before);
+  KepFactory::registerInternalClass(-7, KepObject::newObject(), new CountedBody);
+  KepFactory::registerInternalClass(0x7fff0000, KepObject::newObject(), new CountedBody);
+  EXPECT_EQ(KepFactory::classCount(), before + 2);
+  EXPECT_TRUE(table->impl().__rb_verify());
+  std::vector<int> ids;
+  for (auto it = table->begin(); it != table->end(); ++it)
+    ids.push_back(static_cast<_KepRFactoryClassEntry*>(*it)->entryClassID);
+  EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end()));
+  EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end()), ids.end()) << "one row per id";
+  EXPECT_EQ(static_cast<_KepRFactoryClassEntry*>(*table->begin())->entryClassID, -7)
+      << "a negative id orders first";
+  {
+    ScopedKepInit nested;  // a nested start-up only counts
+    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 2u);
+    EXPECT_EQ(factoryTable(), table);
+  }
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 1u);
+}
+
+TEST_F(Factory, FirstPrototypeWinsAndTheRejectedHolderIsFreed) {
+  KepObject first(new BodyA);
+  KepObject second(new OtherBodyA);
+  KepFactory::registerClass(KepObject::newObject(), &first);
+  EXPECT_EQ(first.getRealKepObj()->getRefCount(), 2) << "the factory's holder targets it";
+  KepFactory::registerClass(KepObject::newObject(), &second);
+  EXPECT_EQ(second.getRealKepObj()->getRefCount(), 1) << "the rejected holder was freed";
+  KepObject made = KepGetObject(kClassA, 0);
+  ASSERT_FALSE(made.isNull());
+  EXPECT_EQ(dynamic_cast<OtherBodyA*>(made.getRealKepObj()), nullptr);
+  EXPECT_NE(dynamic_cast<BodyA*>(made.getRealKepObj()), nullptr);
+  made = KepObject();
+  KepFactory::unregisterClass(kClassA);
+  EXPECT_EQ(first.getRealKepObj()->getRefCount(), 1) << "unregistering frees the holder";
+  EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
+}
+
+TEST_F(Factory, ReRegisteringTheSameHolderChangesNothing) {
+  auto* holder = KepObject::newObject();
+  KepFactory::registerInternalClass(kClassA, holder, new CountedBody);
+  KepRObject* prototype = holder->getRealKepObj();
+  KepObject other(new OtherBodyA);
+  KepFactory::registerClass(holder, &other);  // holder is kClassA's already
+  EXPECT_EQ(holder->getRealKepObj(), prototype);
+  EXPECT_EQ(other.getRealKepObj()->getRefCount(), 1);
+  KepFactory::registerInternalClass(kAnnounced, holder, new OtherBody);  // nor for another class
+  EXPECT_EQ(holder->getRealKepObj(), prototype);
+  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull());
+  KepFactory::registerInternalClass(kClassA, holder, new OtherBody);  // deleted at once
+  EXPECT_EQ(CountedBody::live.load(), 2) << "the prototype and `other`";
+}
+
+TEST_F(Factory, NullPrototypesAndBodiesFreeTheHolder) {
+  KepObject body(new CountedBody);
+  auto* holder = KepObject::newObject();
+  KepBridgeOperatorAssign(holder, body);
+  KepFactory::registerClass(holder, nullptr);
+  EXPECT_EQ(body.getRealKepObj()->getRefCount(), 1);
+  holder = KepObject::newObject();
+  KepBridgeOperatorAssign(holder, body);
+  KepFactory::registerInternalClass(kClassA, holder, nullptr);
+  EXPECT_EQ(body.getRealKepObj()->getRefCount(), 1);
+  EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
+}
+
+TEST_F(Factory, UnknownIdsGiveNullAndTheRootIdFallsBackToAPlainObject) {
+  EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
+  EXPECT_TRUE(KepGetObject(kClassA, 3, 4).isNull());
+  KepObject plain = KepGetObject(KepClassID::Object, 0, 9);
+  ASSERT_FALSE(plain.isNull());
+  EXPECT_EQ(plain.toString().toStdString(), "KepRObject");
+  EXPECT_EQ(plain.getService(), 9);
+  KepObject owner = KepGetObject(KepClassID::Object, 0, 12);
+  EXPECT_EQ(KepFactory::getObjectStatic(KepClassID::Object, owner).getService(), 12);
+  KepObject nullOwner;
+  EXPECT_EQ(KepFactory::getObjectStatic(KepClassID::Object, 5, nullOwner).getService(), 0);
+}
+
+TEST_F(Factory, AnnouncedClassStartsItsServiceOnFirstRequest) {
+  KepFactory::setServiceStarter(startService);
+  gStarts = 0;
+  int before = KepFactory::classCount();
+  EXPECT_EQ(KepFactory::registerClass(kAnnounced, kService), 0);
+  EXPECT_EQ(KepFactory::registerClass(kAnnounced, kSilentService), 0) << "already announced";
+  EXPECT_EQ(KepFactory::classCount(), before + 1);
+  EXPECT_EQ(gStarts.load(), 0) << "nothing starts before a request";
+  KepObject made = KepGetObject(kAnnounced, 0, 5);
+  ASSERT_FALSE(made.isNull());
+  EXPECT_EQ(made.getService(), 5);
+  EXPECT_EQ(gStarts.load(), 1);
+  KepObject again = KepGetObject(kAnnounced, 7, 5);
+  EXPECT_FALSE(again.isNull());
+  EXPECT_EQ(gStarts.load(), 1) << "the class is registered now";
+  EXPECT_EQ(KepFactory::classCount(), before + 1) << "the announcement was completed";
+}
+
+TEST_F(Factory, AnnouncedClassWhoseServiceRegistersNothingStaysNull) {
+  EXPECT_EQ(KepFactory::registerClass(kAnnounced, kSilentService), 0);
+  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull()) << "no starter installed";
+  KepFactory::setServiceStarter(startService);
+  gStarts = 0;
+  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull());
+  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull());
+  EXPECT_EQ(gStarts.load(), 2) << "asked again on every request";
+  // A prototype registered later completes the announcement.
+  KepFactory::registerInternalClass(kAnnounced, KepObject::newObject(), new OtherBody);
+  KepObject made = KepGetObject(kAnnounced, 0);
+  EXPECT_NE(dynamic_cast<OtherBody*>(made.getRealKepObj()), nullptr);
+}
+
+TEST_F(Factory, ConcurrentRequestsAndRegistrationsAreSerialised) {
+  KepFactory::registerInternalClass(kClassA, KepObject::newObject(), new CountedBody);
+  std::vector<std::thread> threads;
+  std::atomic<int> made{0};
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t, &made] {
+      int own = 0x4f0300 + t;
+      for (int i = 0; i < 200; ++i) {
+        if (!KepGetObject(kClassA, 0).isNull()) ++made;
+        KepFactory::registerInternalClass(own, KepObject::newObject(), new OtherBody);
+        KepFactory::unregisterClass(own);
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+  EXPECT_EQ(made.load(), 800);
+  EXPECT_TRUE(factoryTable()->impl().__rb_verify());
+}
+
+TEST(FactoryLifetime, LastDestroyFreesEverythingStillRegistered) {
+  {
+    ScopedKepInit init;
+    KepFactory::registerInternalClass(kClassA, KepObject::newObject(), new CountedBody);
+    KepFactory::registerClass(kAnnounced, kService);
+    EXPECT_EQ(CountedBody::live.load(), 1);
+  }
+  EXPECT_EQ(CountedBody::live.load(), 0);
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE), 0u);
+  EXPECT_EQ(KepFactory::classCount(), 0);
+  // Without a table, registrations free their holders and nothing is kept.
+  KepFactory::registerInternalClass(kClassA, KepObject::newObject(), new CountedBody);
+  EXPECT_EQ(CountedBody::live.load(), 0);
+}
