@@ -4,6 +4,7 @@
 #define KEP_BASE_KEPPROCESS_H
 
 #include "kep/base/KepString.h"
+#include "kep/base/_KepThreadTable.h"
 
 class KepThread;
 class KepRunnable;
@@ -41,11 +42,18 @@ class KEP_API KepProcess {
   // a control block on first use. Null before Kep::init, after the last
   // Kep::destroy, while the thread is ending or when the table is full. Copy the
   // handle before handing it to another thread.
-  static KepThread* getCurrThread();
+  static inline KepThread* getCurrThread();
   // Registers / removes `thread` in the thread table by its getThreadID().
   static void _addThreadToArray(KepThread& thread);
   static void _removeThreadFromArray(KepThread& thread);
 };
+
+// The caller's slot is usually found in its thread-local cache: one read and one
+// compare, no call.
+inline KepThread* KepProcess::getCurrThread() {
+  _KepThreadNode* node = _KepCachedThreadNode();
+  return node != nullptr ? &node->thread : _KepProcessGetCurrThread();
+}
 
 // The tag of `name`, adding the name to the process's tag manager when it is new;
 // taken under the tag lock (lock 5 of the process store). 0 for a null name, or

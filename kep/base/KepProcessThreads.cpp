@@ -121,11 +121,6 @@ void KepProcess::destroyThread(KepThread& thread) {
   thread = KepThread();
 }
 
-KepThread* KepProcess::getCurrThread() {
-  _KepThreadNode* node = _KepCachedThreadNode();
-  return node != nullptr ? &node->thread : _KepProcessGetCurrThread();
-}
-
 void KepProcess::_addThreadToArray(KepThread& thread) { _KepProcessAddThreadToArray(thread); }
 
 void KepProcess::_removeThreadFromArray(KepThread& thread) {
