@@ -60,7 +60,19 @@
 #include "kep/base/KepEvent.h"
 
 // Streams and files
+#include "kep/io/KepFile.h"
 #include "kep/io/KepIOStream.h"
+#include "kep/io/KepPath.h"
+#include "kep/io/KepRFile.h"
+#include "kep/io/KepRIOStream.h"
+#include "kep/io/KepRPath.h"
+#include "kep/io/KepRStringBufferIOStream.h"
+#include "kep/io/KepStringBufferIOStream.h"
+#include "kep/io/_KepIO.h"
+#include "kep/io/_KepIODirectory.h"
+#include "kep/io/_KepIOMatch.h"
+#include "kep/io/_KepIOPathExtendedNonMac.h"
+#include "kep/io/_KepIOUnix.h"
 
 // Date and time
 #include "kep/date/_KepDate.h"

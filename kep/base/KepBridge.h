@@ -90,9 +90,15 @@ struct KepBridgeBracket;
 //    class derived from H; with a non-null class id it makes a body of that class
 //    through the factory and registers the new object as its outer object.
 //  - Assignment releases the old target and shares the new one.
-#define KEP_HANDLE_CONSTRUCTORS(H, Base)                                                         \
+#define KEP_HANDLE_CONSTRUCTORS(H, Base) \
+ public:                                 \
+  H() noexcept : Base() {}               \
+  KEP_HANDLE_SHARING_CONSTRUCTORS(H, Base)
+
+// The constructors and assignments of KEP_HANDLE_CONSTRUCTORS without the default
+// constructor, for a handle class whose default constructor makes a new body.
+#define KEP_HANDLE_SHARING_CONSTRUCTORS(H, Base)                                                 \
  public:                                                                                         \
-  H() noexcept : Base() {}                                                                       \
   H(H const& src) : Base(static_cast<KepDummy*>(nullptr), static_cast<KepDummy*>(nullptr)) {     \
     KepBridgeCopyCtor(this, src);                                                                \
   }                                                                                              \

@@ -1,0 +1,1 @@
+kep_bench(io_bench io_bench.cpp)

@@ -1,0 +1,186 @@
+// Directories (recursive creation and removal, enumeration) and moving and
+// copying files.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "io/IOTestUtil.h"
+#include "kep/Kep.h"
+#include "support/KepTestSupport.h"
+
+using iotest::present;
+using iotest::readFile;
+using iotest::writeFile;
+using keptest::TempDir;
+
+namespace {
+
+// The names an enumeration of `pattern` in `dir` gives, in order.
+std::vector<std::string> namesOf(std::string const& dir, char const* pattern) {
+  std::vector<std::string> names;
+  void* handle = nullptr;
+  char name[KEP_IO_PATH_MAX];
+  for (uint32_t rc = _KepIOFindFirstMatch(dir.c_str(), pattern, &handle, name); rc == 0;
+       rc = _KepIOFindNextMatch(handle, name)) {
+    names.emplace_back(name);
+  }
+  EXPECT_EQ(_KepIOFindMatchClose(handle), 0u);
+  return names;
+}
+
+}  // namespace
+
+TEST(Directories, CreateMakesEveryMissingParent) {
+  TempDir dir;
+  std::string deep = dir.file("one/two/three/");
+  EXPECT_EQ(_KepIODirCreate(deep.c_str()), 0u);
+  EXPECT_TRUE(present(dir.file("one/two/three")));
+  EXPECT_EQ(_KepIODirCreate(deep.c_str()), 0u) << "present already";
+  EXPECT_EQ(__KepIODirCreate(dir.file("one").c_str()), KEP_IO_SHARING);
+  EXPECT_EQ(__KepIODirCreate(dir.file("x/y").c_str()), KEP_IO_NOT_FOUND) << "no parent made";
+  EXPECT_EQ(_KepIODirCreate("no-parent-part-here"), KEP_IO_NOT_FOUND);
+  EXPECT_FALSE(present("no-parent-part-here"));
+  EXPECT_EQ(_KepIODirCreateForFile(dir.file("f/g/file.txt").c_str()), 0u);
+  EXPECT_TRUE(present(dir.file("f/g")));
+  EXPECT_FALSE(present(dir.file("f/g/file.txt")));
+  EXPECT_EQ(_KepIODirCreateForFile("bare-name"), 0u);
+
+  writeFile(dir.file("blocker"), "a file in the way");
+  EXPECT_NE(_KepIODirCreate(dir.file("blocker/sub").c_str()), 0u);
+  EXPECT_EQ(_KepIODirRemove(dir.file("one/two/three").c_str()), 0u);
+  EXPECT_EQ(_KepIODirRemove(dir.file("one").c_str()), KEP_IO_FAILED) << "not empty";
+}
+
+TEST(Directories, RemoveAllTakesTheTreeButNotWhatLinksPointAt) {
+  TempDir dir;
+  TempDir outside;
+  writeFile(outside.file("precious"), "keep me");
+  std::string tree = dir.file("tree");
+  ASSERT_EQ(_KepIODirCreate((tree + "/a/b/c").c_str()), 0u);
+  writeFile(tree + "/top.txt", "1");
+  writeFile(tree + "/a/b/c/deep.txt", "2");
+  ASSERT_EQ(symlink(outside.path().c_str(), (tree + "/a/link").c_str()), 0);
+
+  EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), KEP_IO_KEEP_DIRECTORY), 0u);
+  EXPECT_TRUE(present(tree));
+  EXPECT_FALSE(present(tree + "/a"));
+  EXPECT_EQ(readFile(outside.file("precious")), "keep me") << "links are not followed";
+
+  ASSERT_EQ(_KepIODirCreate((tree + "/again").c_str()), 0u);
+  EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), 0), 0u);
+  EXPECT_FALSE(present(tree));
+  EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), 0), KEP_IO_NOT_FOUND);
+  writeFile(dir.file("file"), "x");
+  EXPECT_EQ(_KepIODirRemoveAll(dir.file("file").c_str(), 0), KEP_IO_FAILED);
+}
+
+TEST(Directories, EnumerationMatchesPatternsInNameOrder) {
+  TempDir dir;
+  writeFile(dir.file("b.txt"), "bb");
+  writeFile(dir.file("a.txt"), "a");
+  writeFile(dir.file("c.log"), "ccc");
+  writeFile(dir.file(".hidden.txt"), "");
+  ASSERT_EQ(__KepIODirCreate(dir.file("sub.txt").c_str()), 0u);
+
+  EXPECT_EQ(namesOf(dir.path(), "*.txt"),
+            (std::vector<std::string>{".hidden.txt", "a.txt", "b.txt", "sub.txt"}));
+  EXPECT_EQ(namesOf(dir.path(), "?.*"), (std::vector<std::string>{"a.txt", "b.txt", "c.log"}));
+  EXPECT_EQ(namesOf(dir.path(), "*").size(), 5u) << "no . or .. entries";
+  EXPECT_TRUE(namesOf(dir.path(), "*.none").empty());
+
+  void* handle = reinterpret_cast<void*>(1);
+  _KEP_IO_FIND_INFO info;
+  EXPECT_EQ(_KepIOFileFindFirst((dir.path() + "/*.none").c_str(), &handle, &info),
+            KEP_IO_NOT_FOUND);
+  EXPECT_EQ(handle, nullptr);
+  ASSERT_EQ(_KepIOFileFindFirst((dir.path() + "/?.*").c_str(), &handle, &info), 0u);
+  EXPECT_STREQ(info.name, "a.txt");
+  EXPECT_EQ(info.size, 1u);
+  EXPECT_EQ(info.attribute, 1u);
+  ASSERT_EQ(_KepIOFileFindNext(handle, &info), 0u);
+  EXPECT_STREQ(info.name, "b.txt");
+  EXPECT_EQ(info.size, 2u);
+  _KEP_IO_FIND_INFO again;
+  EXPECT_EQ(_KepIOFileFindInfo(handle, &again), 0u);
+  EXPECT_STREQ(again.name, "b.txt");
+  EXPECT_EQ(again.modified, info.modified);
+  ASSERT_EQ(_KepIOFileFindNext(handle, &info), 0u);
+  EXPECT_STREQ(info.name, "c.log");
+  EXPECT_EQ(_KepIOFileFindNext(handle, &info), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOFileFindClose(handle), 0u);
+
+  ASSERT_EQ(QbioFileFindFirstPattern(dir.path().c_str(), "sub*", &handle, &info), 0u);
+  EXPECT_EQ(info.attribute, 0x20u);
+  EXPECT_EQ(_KepIOFileFindClose(handle), 0u);
+  EXPECT_EQ(_KepIOFileFindNext(nullptr, &info), KEP_IO_BAD_HANDLE);
+  EXPECT_EQ(QbioFileFindFirstPattern(dir.file("none").c_str(), "*", &handle, &info),
+            KEP_IO_NOT_FOUND);
+}
+
+TEST(MoveAndCopy, CopyKeepsContentTimesAndModeLessWriteBits) {
+  TempDir dir;
+  std::string source = dir.file("source");
+  std::string content(100000, '\0');
+  for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7);
+  writeFile(source, content);
+  ASSERT_EQ(chmod(source.c_str(), 0664), 0);
+  ASSERT_EQ(_KepIOSetFileGMTVAL(source.c_str(), nullptr, 1234567890), 0u);
+
+  std::string keep = dir.file("keep");
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, keep.c_str(), KEP_IO_READ_WRITE), 0u);
+  EXPECT_EQ(readFile(keep), content);
+  EXPECT_EQ(iotest::modeOf(keep), 0664u);
+  EXPECT_EQ(iotest::mtimeOf(keep), 1234567890);
+
+  std::string readOnly = dir.file("readonly");
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, readOnly.c_str(), KEP_IO_WRITE), 0u);
+  EXPECT_EQ(iotest::modeOf(readOnly), 0444u) << "flag 1 without flag 2: every write bit goes";
+  std::string ownerOnly = dir.file("owner");
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, ownerOnly.c_str(), KEP_IO_READ), 0u);
+  EXPECT_EQ(iotest::modeOf(ownerOnly), 0644u) << "neither flag: group and other write bits go";
+
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, keep.c_str(), 194), KEP_IO_COPY_DESTINATION)
+      << "an exclusive destination must not exist";
+  EXPECT_EQ(_KepIOCopy(dir.file("none").c_str(), KEP_IO_READ, dir.file("dest").c_str(),
+                       KEP_IO_READ_WRITE),
+            KEP_IO_NOT_FOUND);
+  EXPECT_FALSE(present(dir.file("dest"))) << "a failed copy deletes its destination";
+  EXPECT_EQ(_KepIOOpenCount(source.c_str()), 0u);
+}
+
+TEST(MoveAndCopy, MoveRenamesOrCopiesAcrossDevices) {
+  TempDir dir;
+  std::string from = dir.file("from");
+  writeFile(from, "moving");
+  EXPECT_EQ(_KepIOMove(from.c_str(), dir.file("to").c_str()), 0u);
+  EXPECT_FALSE(present(from));
+  EXPECT_EQ(readFile(dir.file("to")), "moving");
+  EXPECT_EQ(_KepIOMove(from.c_str(), dir.file("other").c_str()), KEP_IO_MOVE_NOT_FOUND);
+
+  struct stat here;
+  struct stat shm;
+  if (stat(dir.path().c_str(), &here) != 0 || stat("/dev/shm", &shm) != 0 ||
+      here.st_dev == shm.st_dev) {
+    GTEST_SKIP() << "/dev/shm is not another device here";
+  }
+  std::string away = "/dev/shm/kep-io-test-" + std::to_string(getpid());
+  std::string source = dir.file("to");
+  ASSERT_EQ(chmod(source.c_str(), 0640), 0);
+  ASSERT_EQ(_KepIOSetFileGMTVAL(source.c_str(), nullptr, 1111111111), 0u);
+  EXPECT_EQ(_KepIOMove(source.c_str(), away.c_str()), 0u);
+  EXPECT_FALSE(present(source));
+  EXPECT_EQ(readFile(away), "moving");
+  EXPECT_EQ(iotest::modeOf(away), 0640u);
+  EXPECT_EQ(iotest::mtimeOf(away), 1111111111);
+
+  writeFile(source, "again");
+  EXPECT_EQ(_KepIOMove(source.c_str(), away.c_str()), KEP_IO_MOVE_COPY_FAILED)
+      << "the copy does not replace an existing destination";
+  EXPECT_TRUE(present(source));
+  ASSERT_EQ(__KepIODirCreate(dir.file("folder").c_str()), 0u);
+  EXPECT_EQ(_KepIOMove(dir.file("folder").c_str(), (away + ".d").c_str()), KEP_IO_MOVE_DIRECTORY);
+  unlink(away.c_str());
+}

@@ -1,0 +1,219 @@
+// File and path objects over the file layer.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "io/IOTestUtil.h"
+#include "kep/Kep.h"
+#include "support/KepTestSupport.h"
+
+using iotest::present;
+using iotest::readFile;
+using iotest::writeFile;
+using keptest::TempDir;
+
+namespace {
+
+KepString text(std::string const& s) { return KepString(s.c_str()); }
+
+}  // namespace
+
+TEST(FileStream, WritingCreatesOrTruncatesAndReadingNeedsTheFile) {
+  TempDir dir;
+  std::string path = dir.file("out.txt");
+  KepFile missing(text(dir.file("missing")));
+  EXPECT_EQ(missing.read(), -1);
+  EXPECT_EQ(missing.getError(), static_cast<int>(KEP_IO_NOT_FOUND));
+  EXPECT_EQ(missing.isOpen(), 0u);
+
+  {
+    KepFile out(text(path));
+    EXPECT_EQ(out.exists(), 0u);
+    EXPECT_EQ(out.write(KepString("hello ")), 6);
+    EXPECT_EQ(out.isOpen(), 1u);
+    EXPECT_EQ(out.exists(), 1u) << "the first write created the file";
+    EXPECT_EQ(out.writeLine(KepString("file")), 5);
+    signed char buffer[4];
+    EXPECT_EQ(out.read(buffer, 0, 4), -1) << "opened for writing only";
+    EXPECT_EQ(out.length(), 11);
+  }  // the last handle closes the file
+  EXPECT_EQ(readFile(path), "hello file\n");
+  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 0u);
+
+  KepFile in(text(path));
+  EXPECT_EQ(in.available(), 11);
+  EXPECT_EQ(in.readLine().toStdString(), "hello file");
+  EXPECT_TRUE(in.readLine().isNull());
+  EXPECT_EQ(in.write("x"), 0) << "opened for reading only";
+  EXPECT_EQ(in.getError(), static_cast<int>(KEP_IO_SHARING));
+  in.close();
+  EXPECT_EQ(in.isClosed(), 1u);
+  EXPECT_EQ(in.read(), -1) << "closed until opened again";
+
+  KepFile again(text(path));
+  EXPECT_EQ(again.write("new"), 3);
+  again.close();
+  EXPECT_EQ(readFile(path), "new") << "writing truncates an existing file";
+}
+
+TEST(FileStream, OpenModesPositionsAndLength) {
+  TempDir dir;
+  std::string path = dir.file("modes");
+  KepFile file(text(path));
+  ASSERT_EQ(file.open(KepFile::kReadWrite), 1u);
+  EXPECT_EQ(file.write("0123456789"), 10);
+  EXPECT_EQ(file.tell(), 10);
+  EXPECT_EQ(file.seek(2, KEP_IO_SEEK_SET), 2);
+  EXPECT_EQ(file.read(), '2');
+  file.mark(0);
+  EXPECT_EQ(file.skip(4), 4);
+  EXPECT_EQ(file.read(), '7');
+  EXPECT_EQ(file.reset(), 1u);
+  EXPECT_EQ(file.read(), '3');
+  EXPECT_EQ(file.available(), 6);
+  EXPECT_EQ(file.skip(100), 6);
+  EXPECT_EQ(file.setLength(4), 1u);
+  EXPECT_EQ(file.length(), 4);
+  EXPECT_EQ(file.setLength(40), 0u);
+  EXPECT_EQ(file.getError(), static_cast<int>(KEP_IO_TRUNCATE_BEYOND_END));
+  EXPECT_EQ(file.tell(), 40);
+
+  ASSERT_EQ(file.open(KepFile::kAppend), 1u);
+  EXPECT_EQ(file.write("ab"), 2);
+  ASSERT_EQ(file.open(KepFile::kRead), 1u);
+  EXPECT_EQ(file.readText(-1).toStdString(), "0123ab");
+  EXPECT_EQ(file.open(99), 0u);
+  EXPECT_EQ(file.isOpen(), 0u);
+  EXPECT_EQ(file.seek(0, KEP_IO_SEEK_SET), -1);
+  EXPECT_EQ(file.tell(), -1);
+
+  KepFile folder(text(dir.path()));
+  EXPECT_EQ(folder.open(KepFile::kRead), 1u) << "directories open for reading";
+  folder.close();
+}
+
+TEST(FileStream, CopiesBetweenFileAndMemoryStreams) {
+  TempDir dir;
+  std::string content(70000, '\0');
+  for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i % 251);
+  writeFile(dir.file("source"), content);
+  KepFile source(text(dir.file("source")));
+  KepStringBufferIOStream memory;
+  EXPECT_EQ(source.into(memory, -1, 1), 70000);
+  EXPECT_EQ(source.isClosed(), 1u);
+  KepFile target(text(dir.file("target")));
+  EXPECT_EQ(memory.into(target, -1, 0), 70000);
+  target.close();
+  EXPECT_EQ(readFile(dir.file("target")), content);
+}
+
+TEST(FileOperations, ExistenceKindsTimesAndRemoval) {
+  TempDir dir;
+  std::string path = dir.file("plain.txt");
+  KepFile file(text(path));
+  EXPECT_EQ(file.createNewFile(), 1u);
+  EXPECT_EQ(file.createNewFile(), 0u);
+  EXPECT_EQ(file.isFile(), 1u);
+  EXPECT_EQ(file.isDirectory(), 0u);
+  EXPECT_EQ(file.canRead(), 1u);
+  EXPECT_EQ(file.canWrite(), 1u);
+  EXPECT_EQ(file.setLastModified(1500000000), 1u);
+  EXPECT_EQ(file.lastModified(), 1500000000u);
+  EXPECT_EQ(iotest::mtimeOf(path), 1500000000);
+  EXPECT_EQ(file.remove(), 1u);
+  EXPECT_EQ(file.exists(), 0u);
+  EXPECT_EQ(file.remove(), 0u);
+  EXPECT_EQ(file.lastModified(), 0u);
+  EXPECT_EQ(file.length(), -1);
+
+  KepFile folder(text(dir.file("folder")));
+  EXPECT_EQ(folder.mkdir(), 1u);
+  EXPECT_EQ(folder.isDirectory(), 1u);
+  EXPECT_EQ(folder.isFile(), 0u);
+  EXPECT_EQ(folder.remove(), 1u) << "an empty directory is removed";
+
+  KepFile nested(text(dir.file("x/y/z")));
+  EXPECT_EQ(nested.mkdir(), 0u);
+  EXPECT_EQ(nested.mkdirs(), 1u);
+  EXPECT_EQ(nested.mkdirs(), 1u);
+  writeFile(dir.file("x/y/z/leaf"), "l");
+  KepFile top(text(dir.file("x")));
+  EXPECT_EQ(top.remove(), 0u);
+  EXPECT_EQ(top.removeAll(), 1u);
+  EXPECT_FALSE(present(dir.file("x")));
+}
+
+TEST(FileOperations, RenameCopyListAndTemporaryFiles) {
+  TempDir dir;
+  writeFile(dir.file("a.txt"), "alpha");
+  KepFile a(text(dir.file("a.txt")));
+  EXPECT_EQ(a.read(), 'a');
+  EXPECT_EQ(a.copyTo(text(dir.file("b.txt"))), 1u);
+  EXPECT_EQ(readFile(dir.file("b.txt")), "alpha");
+  EXPECT_EQ(a.renameTo(text(dir.file("c.txt"))), 1u);
+  EXPECT_EQ(a.isOpen(), 0u) << "renaming closes the file";
+  EXPECT_EQ(a.exists(), 0u) << "the object keeps its own path";
+  EXPECT_EQ(a.getPath().toStdString(), dir.file("a.txt"));
+  EXPECT_EQ(a.renameTo(text(dir.file("d.txt"))), 0u);
+  EXPECT_EQ(a.getError(), static_cast<int>(KEP_IO_MOVE_NOT_FOUND));
+
+  KepFile folder(text(dir.path()));
+  KepFile temp = folder.createTempFile(KepString("tmp-"), KepString(".part"));
+  ASSERT_FALSE(temp.isNull());
+  EXPECT_EQ(temp.exists(), 1u);
+  EXPECT_EQ(temp.getName().toStdString().rfind("tmp-", 0), 0u);
+
+  KepStringBuffer names(KepString(""));
+  EXPECT_EQ(folder.list(KepString("?.txt"), names), 2);
+  EXPECT_EQ(names.toString().toStdString(), "b.txt\nc.txt\n");
+  KepStringBuffer all(KepString(""));
+  EXPECT_EQ(folder.list(KepString(), all), 3);
+  EXPECT_EQ(KepFile(text(dir.file("b.txt"))).list(KepString("*"), all), -1);
+  EXPECT_TRUE(KepFile(text(dir.file("none"))).createTempFile(KepString("t"), KepString()).isNull());
+}
+
+TEST(FileOperations, RecordLocksThroughTheFileObject) {
+  TempDir dir;
+  KepFile file(text(dir.file("db")));
+  EXPECT_EQ(file.unlockRecord(), 0u);
+  EXPECT_EQ(file.lockRecord(0), 1u) << "opens the file read-write";
+  EXPECT_EQ(file.isOpen(), 1u);
+  EXPECT_EQ(file.unlockRecord(), 1u);
+  writeFile(dir.file("ro"), "r");
+  KepFile readOnly(text(dir.file("ro")));
+  ASSERT_EQ(readOnly.open(KepFile::kRead), 1u);
+  EXPECT_EQ(readOnly.lockRecord(0), 0u);
+  EXPECT_EQ(readOnly.getError(), static_cast<int>(KEP_IO_LOCK_FAILED));
+}
+
+TEST(FilePath, PathPartsOfFilesAndPaths) {
+  KepFile file(KepString("/srv/data/report.tar.gz"));
+  EXPECT_EQ(file.getName().toStdString(), "report.tar.gz");
+  EXPECT_EQ(file.getParent().toStdString(), "/srv/data");
+  EXPECT_EQ(file.getParentFile().getPath().toStdString(), "/srv/data");
+  EXPECT_EQ(file.toPath().getExtension().toStdString(), "gz");
+  EXPECT_EQ(file.toString().toStdString(), "/srv/data/report.tar.gz");
+  EXPECT_TRUE(KepFile(KepString("bare")).getParent().isNull());
+  EXPECT_TRUE(KepFile(KepString("bare")).getParentFile().isNull());
+  EXPECT_EQ(KepFile(KepString("/a/./b/../c")).getAbsolutePath().toStdString(), "/a/c");
+
+  KepPath path(KepString("/usr/lib/"));
+  EXPECT_EQ(path.getDirectory().toStdString(), "/usr");
+  EXPECT_EQ(path.getName().toStdString(), "lib");
+  EXPECT_EQ(path.getExtension().toStdString(), "");
+  EXPECT_EQ(path.isAbsolute(), 1u);
+  KepPath child = path.append(KepString("libkep.so"));
+  EXPECT_EQ(child.toString().toStdString(), "/usr/lib/libkep.so");
+  EXPECT_EQ(child.equals(KepPath(KepString("/usr/lib/libkep.so"))), 1u);
+  EXPECT_EQ(child.equals(path), 0u);
+  EXPECT_EQ(KepPath(KepString("rel")).isAbsolute(), 0u);
+  EXPECT_EQ(KepPath(KepString("rel")).getDirectory().toStdString(), "");
+  EXPECT_TRUE(KepPath(KepString("")).getName().isNull());
+  EXPECT_EQ(KepPath(KepString("/x/../y")).toAbsolute().toString().toStdString(), "/y");
+
+  std::string longPath(1020, 'p');
+  EXPECT_TRUE(KepPath(KepString(longPath.c_str())).append(KepString("abcd")).isNull());
+  KepPath factoryMade(KepGetObject(KepClassID::Path, 0));
+  ASSERT_FALSE(factoryMade.isNull());
+  EXPECT_EQ(factoryMade.toString().length(), 0);
+}

@@ -1,0 +1,53 @@
+// Helpers of the file-layer tests: whole-file reads and writes, file status and
+// the count of open descriptors, by the standard library and plain system calls
+// (independent of the layer under test).
+#ifndef KEP_TESTS_IO_IOTESTUTIL_H
+#define KEP_TESTS_IO_IOTESTUTIL_H
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace iotest {
+
+inline void writeFile(std::string const& path, std::string const& content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << content;
+}
+
+inline std::string readFile(std::string const& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline bool present(std::string const& path) {
+  struct stat info;
+  return lstat(path.c_str(), &info) == 0;
+}
+
+inline unsigned modeOf(std::string const& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 ? unsigned(info.st_mode & 07777) : 0u;
+}
+
+inline long mtimeOf(std::string const& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 ? long(info.st_mtime) : -1;
+}
+
+// Descriptors open in this process right now.
+inline int openDescriptors() {
+  int n = 0;
+  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    (void)entry;
+    ++n;
+  }
+  return n;
+}
+
+}  // namespace iotest
+
+#endif  // KEP_TESTS_IO_IOTESTUTIL_H

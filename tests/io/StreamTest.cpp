@@ -1,0 +1,220 @@
+// The stream base, in-memory streams and a caller's stream derived from the
+// stream handle.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kep/Kep.h"
+
+namespace {
+
+std::string bytesOf(KepString const& text) { return text.toStdString(); }
+
+// A caller's stream: reads from a fixed text in small pieces and records what
+// is written and whether it was closed.
+class Recorder : public KepIOStream {
+ public:
+  explicit Recorder(std::string input = std::string())
+      : KepIOStream(nullptr, KepClassIdArg(KepClassID::IOStream)), input_(std::move(input)) {}
+  unsigned long isBridge() const override { return 0; }
+  using KepIOStream::read;
+  using KepIOStream::write;
+  int read(signed char* buffer, int offset, int length) override {
+    ++reads;
+    if (at_ >= input_.size()) return -1;
+    size_t n = std::min<size_t>({input_.size() - at_, static_cast<size_t>(length), 3});
+    std::copy(input_.begin() + long(at_), input_.begin() + long(at_ + n), buffer + offset);
+    at_ += n;
+    return static_cast<int>(n);
+  }
+  int write(signed char* buffer, int offset, int length) override {
+    ++writes;
+    int take = limit < 0 ? length : std::min(length, limit - int(written.size()));
+    written.append(reinterpret_cast<char const*>(buffer + offset), size_t(std::max(take, 0)));
+    return std::max(take, 0);
+  }
+  void close() override { closedByCaller = true; }
+
+  std::string written;
+  int reads = 0;
+  int writes = 0;
+  int limit = -1;  // bytes accepted in all; -1 without limit
+  bool closedByCaller = false;
+
+ private:
+  std::string input_;
+  size_t at_ = 0;
+};
+
+}  // namespace
+
+TEST(StreamFamilies, BridgeCountsMatchTheClassTable) {
+  EXPECT_EQ(0 KEP_METHODS_IOStream(KEP_COUNT_METHOD), 24);
+  EXPECT_EQ(0 KEP_METHODS_IOStream(KEP_COUNT_BRACKETED), 20);
+  EXPECT_EQ(0 KEP_METHODS_StringBufferIOStream(KEP_COUNT_METHOD), 11);
+  EXPECT_EQ(0 KEP_METHODS_StringBufferIOStream(KEP_COUNT_BRACKETED), 10);
+  EXPECT_EQ(0 KEP_METHODS_File(KEP_COUNT_METHOD), 30);
+  EXPECT_EQ(0 KEP_METHODS_File(KEP_COUNT_BRACKETED), 24);
+  EXPECT_EQ(0 KEP_METHODS_Path(KEP_COUNT_METHOD), 6);
+  EXPECT_EQ(0 KEP_METHODS_Path(KEP_COUNT_BRACKETED), 4);
+}
+
+TEST(StreamBase, NullHandlesAndTheDevicelessBody) {
+  KepIOStream none;
+  signed char buffer[4];
+  EXPECT_EQ(none.read(buffer, 0, 4), 0);
+  EXPECT_EQ(none.write(KepString("x")), 0);
+  EXPECT_TRUE(none.readLine().isNull());
+  KepStringBufferIOStream nullBuffer{static_cast<KepBridgeToObject*>(nullptr)};
+  EXPECT_TRUE(nullBuffer.isNull());
+  EXPECT_EQ(nullBuffer.size(), 0);
+
+  KepIOStream plain(KepGetObject(KepClassID::IOStream, 0));
+  ASSERT_FALSE(plain.isNull());
+  EXPECT_EQ(plain.getClassID(), KepClassID::IOStream);
+  EXPECT_EQ(plain.read(), -1);
+  EXPECT_EQ(plain.read(buffer, 0, 4), -1);
+  EXPECT_EQ(plain.read(buffer, 0, 0), 0);
+  EXPECT_EQ(plain.write(buffer, 0, 4), 0);
+  EXPECT_EQ(plain.markSupported(), 0u);
+  EXPECT_EQ(plain.reset(), 0u);
+  EXPECT_EQ(plain.read(nullptr, 0, 4), -1);
+  EXPECT_EQ(plain.getError(), static_cast<int>(KEP_IO_FAILED));
+  plain.clearError();
+  EXPECT_EQ(plain.getError(), 0);
+  EXPECT_EQ(plain.isReadable(), 1u);
+  plain.close();
+  EXPECT_EQ(plain.isClosed(), 1u);
+  EXPECT_EQ(plain.isWritable(), 0u);
+}
+
+TEST(StringBufferStream, CollectsWritesAndNarrowsAndWidensByteForByte) {
+  KepStringBufferIOStream out;
+  ASSERT_FALSE(out.isNull()) << "a default-constructed stream is a new, empty stream";
+  EXPECT_EQ(out.isEmpty(), 1u);
+  EXPECT_EQ(out.write("abc"), 3);
+  unsigned short units[] = {0x0141, 'x', 0x00E9};
+  EXPECT_EQ(out.write(KepString(units, 0, 3)), 3);
+  EXPECT_EQ(out.write(0x1FF), 1);
+  signed char raw[] = {'0', '1', '2', '3'};
+  EXPECT_EQ(out.write(raw, 1, 2), 2);
+  EXPECT_EQ(out.writeLine(KepString("!")), 2);
+  EXPECT_EQ(out.write(KepString()), 0);
+  EXPECT_EQ(out.size(), 11);
+  KepString all = out.toString();
+  ASSERT_EQ(all.length(), 11);
+  EXPECT_EQ(all.charAt(3), 0x41) << "units are narrowed to their low byte";
+  EXPECT_EQ(all.charAt(5), 0xE9) << "bytes come back widened, not sign-extended";
+  EXPECT_EQ(all.charAt(6), 0xFF);
+  EXPECT_EQ(bytesOf(out.toString(7, 2)), "12");
+  EXPECT_EQ(out.toString(7, -1).length(), 4);
+  EXPECT_EQ(out.toString(50, 2).length(), 0);
+  KepByteArray bytes = out.toByteArray();
+  EXPECT_EQ(static_cast<unsigned char>(bytes.asChars()[6]), 0xFFu);
+  EXPECT_EQ(out.read(), 'a') << "what is written can be read back";
+  out.setLength(2);
+  EXPECT_EQ(bytesOf(out.toString()), "ab");
+  EXPECT_EQ(out.getReadPosition(), 1);
+  out.clear();
+  EXPECT_EQ(out.isEmpty(), 1u);
+}
+
+TEST(StringBufferStream, ReadsTheTextWithLinesMarksAndSkips) {
+  KepStringBufferIOStream in(KepString("first\r\nsecond\nthird"));
+  EXPECT_EQ(in.available(), 19);
+  EXPECT_EQ(bytesOf(in.readLine()), "first");
+  EXPECT_EQ(in.markSupported(), 1u);
+  in.mark(0);
+  EXPECT_EQ(bytesOf(in.readLine()), "second");
+  EXPECT_EQ(in.reset(), 1u);
+  EXPECT_EQ(in.skip(3), 3);
+  EXPECT_EQ(bytesOf(in.readText(3)), "ond");
+  EXPECT_EQ(in.read(), '\n');
+  EXPECT_EQ(bytesOf(in.readLine()), "third") << "the last line needs no newline";
+  EXPECT_TRUE(in.readLine().isNull());
+  EXPECT_TRUE(in.readText(-1).isNull());
+  EXPECT_EQ(in.read(), -1);
+  EXPECT_EQ(in.skip(5), 0);
+  in.rewind();
+  signed char buffer[64];
+  EXPECT_EQ(in.readFully(buffer, 0, 64), 19);
+  EXPECT_EQ(in.readFully(buffer, 0, 64), -1);
+  in.setReadPosition(14);
+  EXPECT_EQ(bytesOf(KepString(reinterpret_cast<char const*>(in.readBytes(10).asChars()))), "third");
+  EXPECT_EQ(in.readBytes(10).asChars()[0], 0);
+
+  signed char data[] = {'x', 0, 'y'};
+  in.setBytes(data, 0, 3);
+  EXPECT_EQ(in.size(), 3) << "zero bytes are content like any other";
+  EXPECT_EQ(in.toString().charAt(1), 0);
+  in.setText(KepString("new"));
+  EXPECT_EQ(in.read(), 'n');
+}
+
+TEST(StringBufferStream, ABlockReadOfExactlyTheContentIsFollowedByTheEnd) {
+  std::string text(32767, 'k');
+  KepStringBufferIOStream in{KepString(text.c_str())};
+  std::vector<signed char> buffer(32767);
+  EXPECT_EQ(in.read(buffer.data(), 0, 32767), 32767);
+  EXPECT_EQ(in.read(buffer.data(), 0, 32767), -1);
+}
+
+TEST(StringBufferStream, ClosedStreamsRefuseIOUntilANewContent) {
+  KepStringBufferIOStream stream(KepString("abc"));
+  stream.close();
+  EXPECT_EQ(stream.isClosed(), 1u);
+  EXPECT_EQ(stream.read(), -1);
+  EXPECT_EQ(stream.write("x"), 0);
+  EXPECT_EQ(bytesOf(stream.toString()), "abc") << "the content stays readable";
+  stream.setText(KepString("d"));
+  EXPECT_EQ(stream.isClosed(), 0u);
+  EXPECT_EQ(stream.read(), 'd');
+}
+
+TEST(StreamInto, CopiesUpToALengthOrTheEndAndClosesTheSourceOnRequest) {
+  KepStringBufferIOStream source(KepString("hello, world"));
+  KepStringBufferIOStream target;
+  EXPECT_EQ(source.into(target, 5, 0), 5);
+  EXPECT_EQ(bytesOf(target.toString()), "hello");
+  EXPECT_EQ(source.into(target, -1, 1), 7);
+  EXPECT_EQ(bytesOf(target.toString()), "hello, world");
+  EXPECT_EQ(source.isClosed(), 1u);
+  EXPECT_EQ(target.isClosed(), 0u);
+  EXPECT_EQ(target.into(target, -1, 0), 0) << "a stream is not copied into itself";
+
+  std::string big(100000, 'b');
+  KepStringBufferIOStream large{KepString(big.c_str())};
+  KepStringBufferIOStream copy;
+  EXPECT_EQ(large.into(copy, -1, 0), 100000);
+  EXPECT_EQ(copy.size(), 100000);
+}
+
+TEST(OuterStream, CallersOverridesReceiveTheLibrarysCalls) {
+  auto* recorder = new Recorder("line one\nline two\n");
+  {
+    KepIOStream handle(*recorder);  // targets the outer object
+    EXPECT_EQ(handle.write(KepString("text")), 4);
+    EXPECT_EQ(handle.write('!'), 1);
+    EXPECT_EQ(handle.writeLine(KepString("end")), 4);
+    EXPECT_EQ(recorder->written, "text!end\n");
+    EXPECT_EQ(bytesOf(handle.readLine()), "line one") << "composite reads use the override";
+
+    KepStringBufferIOStream sink;
+    EXPECT_EQ(handle.into(sink, -1, 1), 9);
+    EXPECT_EQ(bytesOf(sink.toString()), "line two\n");
+    EXPECT_TRUE(recorder->closedByCaller) << "into closes through the caller's close";
+
+    KepStringBufferIOStream source(KepString("0123456789"));
+    recorder->limit = int(recorder->written.size()) + 4;
+    KepIOStream target(*recorder);
+    EXPECT_EQ(source.into(target, -1, 0), 4) << "copying stops when the target takes less";
+    EXPECT_EQ(recorder->written.substr(recorder->written.size() - 4), "0123");
+
+    // Calls made on the outer object itself also reach its overrides.
+    int before = recorder->writes;
+    EXPECT_EQ(recorder->write("zz"), 0);
+    EXPECT_EQ(recorder->writes, before + 1);
+  }
+  // The last handle took the outer object and its body with it.
+}
