@@ -33,6 +33,16 @@
 #include "kep/base/KepStringBuffer.h"
 #include "kep/base/KepStringTokenizer.h"
 
+// Tags
+#include "kep/base/KepRTagEntry.h"
+#include "kep/base/KepRTagManager.h"
+#include "kep/base/KepRTagNameSpace.h"
+#include "kep/base/KepTagEntry.h"
+#include "kep/base/KepTagManager.h"
+#include "kep/base/KepTagNameSpace.h"
+#include "kep/base/KepTagRange.h"
+#include "kep/base/_KepTagTables.h"
+
 // Containers
 #include "kep/contain/KepArray.h"
 #include "kep/contain/KepCompareFunction.h"

@@ -21,10 +21,18 @@ class KEP_API KepDebugger {
   static void notifyBridgeCreate(KepObject* handle);
   static void notifyBridgeDestroy(KepObject* handle);
 
+  // With bit 0 of gKepDebuggerOptions set: a tag manager gave `name` the tag
+  // `tag`, and the factory registered a class. Only counted so far.
+  static void debugRegisterTagName(KepString const& name, int tag);
+  static void debugRegisterClass(int classId);
+
   // Live bodies and handles counted since the counters were last reset.
   static int64_t liveObjects();
   static int64_t liveBridges();
-  // Clears both counters.
+  // Tag names and class registrations reported since the last reset.
+  static int64_t registeredTagNames();
+  static int64_t registeredClasses();
+  // Clears every counter.
   static void resetCounts();
 };
 

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <new>
 
+#include "kep/base/KepDebugger.h"
+#include "kep/base/KepGlobals.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
@@ -57,6 +59,9 @@ class FactoryLock {
 // `prototype`, as its prototype holder; the first prototype wins. A holder the
 // table does not keep is freed. Runs under the factory lock.
 void enterPrototype(int classId, KepObject* holder, KepObject const& prototype) {
+  if (gKepDebuggerOptions.load(std::memory_order_relaxed) & 1) {
+    KepDebugger::debugRegisterClass(classId);
+  }
   _KepOrderedSetImpl* t = table();
   if (t != nullptr && isHolderInTable(t, holder)) return;  // already a class's holder
   Entry* e = t != nullptr ? findEntry(t, classId) : nullptr;

@@ -1,5 +1,8 @@
 #include "kep/base/KepInit.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "kep/base/KepCharacter.h"
 #include "kep/base/KepDebugger.h"
 #include "kep/base/KepFactory.h"
@@ -8,6 +11,8 @@
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
+#include "kep/base/KepRTagManager.h"
+#include "kep/base/_KepTagTables.h"
 #include "kep/base/_KepThreadTable.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/multi/_KepThread.h"
@@ -47,9 +52,54 @@ bool countDestroy() {
   return count == 1;
 }
 
-void registerLibraryClasses() {
+// The classes registered before the built-in tag tables are loaded, in this
+// order; every other library class is registered after the tables.
+constexpr int kCoreClasses[] = {KepClassID::Object,
+                                KepClassID::Array,
+                                KepClassID::Thread,
+                                KepClassID::OrderedSet,
+                                KepClassID::OrderedSetIterator,
+                                KepClassID::String,
+                                KepClassID::StringBuffer,
+                                KepClassID::DOMDocument,
+                                KepClassID::StringBufferIOStream,
+                                KepClassID::StringTokenizer,
+                                KepClassID::TagNameSpace,
+                                KepClassID::TagManager,
+                                KepClassID::TagEntry};
+
+bool isCoreClass(int classId) {
+  return std::find(std::begin(kCoreClasses), std::end(kCoreClasses), classId) !=
+         std::end(kCoreClasses);
+}
+
+// Registers one library class with a new body; the process's tag manager is
+// itself the registered body of its class.
+void registerLibraryClass(KepLibraryClass const* c) {
+  KepRObject* body = c->classId == KepClassID::TagManager ? KepRTagManager::process() : nullptr;
+  if (body == nullptr) body = c->make();
+  KepFactory::registerInternalClass(c->classId, KepObject::newObject(), body);
+}
+
+void registerCoreClasses() {
+  for (int classId : kCoreClasses) {
+    for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
+      if (c->classId == classId) registerLibraryClass(c);
+    }
+  }
+}
+
+void loadBuiltInTagTables() {
+  int n;
+  _KepBuiltInTagTable const* tables = _KepGetBuiltInTagTables(n);
+  for (int i = 0; i < n; ++i) {
+    KepProcess::loadTagTable(tables[i].start, tables[i].end, tables[i].count, tables[i].names);
+  }
+}
+
+void registerRemainingClasses() {
   for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
-    KepFactory::registerInternalClass(c->classId, KepObject::newObject(), c->make());
+    if (!isCoreClass(c->classId)) registerLibraryClass(c);
   }
 }
 
@@ -76,13 +126,19 @@ void Kep::init(int /*a*/, int b, char* /*configName*/) {
   KepMemory::init();
   KepCharacter::init();
   if (first) _KepProcessInitThreads();
+  if (first) KepRTagManager::createProcessManager();
   KepFactory::init();
-  if (first) registerLibraryClasses();
+  if (first) {
+    registerCoreClasses();
+    loadBuiltInTagTables();
+    registerRemainingClasses();
+  }
 }
 
 void Kep::destroy() {
   bool last = countDestroy();
   if (last) _KepProcessDestroyThreads();
+  if (last) KepRTagManager::destroyProcessManager();
   if (last) {
     KepProcess::logDebugString("Unregistering classes\n");
     unregisterLibraryClasses();

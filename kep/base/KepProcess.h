@@ -5,6 +5,7 @@
 
 #include "kep/base/KepString.h"
 #include "kep/base/_KepThreadTable.h"
+#include "kep/base/KepTagRange.h"
 
 class KepThread;
 class KepRunnable;
@@ -17,6 +18,10 @@ class KEP_API KepProcess {
   static int nameToTag(KepString const& name);
   // The name of `tag`, or a null string when the tag is unknown.
   static KepString tagToName(int tag);
+  // Loads a table of built-in names into the process's tag manager
+  // (KepTagManager::loadTagTable); 0 when there is no tag manager or the table
+  // cannot be loaded.
+  static int loadTagTable(int start, int end, int count, KepTagTable const* table);
 
   // Writes a printf-style debug line through the logger.
   static void logDebugString(char const* format, ...) __attribute__((format(printf, 1, 2)));
@@ -56,8 +61,11 @@ inline KepThread* KepProcess::getCurrThread() {
 }
 
 // The tag of `name`, adding the name to the process's tag manager when it is new;
-// taken under the tag lock (lock 5 of the process store). 0 for a null name, or
-// while no tag manager exists.
+// the whole lookup runs under the tag lock (lock 5 of the process store), so
+// threads adding the same new name at once all get the one tag it receives.
+// 0 for a null or empty name, or while no tag manager exists (before Kep::init
+// and after the last Kep::destroy). 8-bit text is widened byte by byte; a known
+// name is found without building a string.
 KEP_API int KepNameToTag(KepString const& name);
 KEP_API int KepNameToTag(char const* name);
 

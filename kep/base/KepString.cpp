@@ -17,6 +17,19 @@ KepString fromText(char const* text, int n) {
   return wrap(KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(text), n));
 }
 
+// The bodies of the text constructors; built before the handle so that the
+// handle is constructed (and reported to the debugger) once.
+KepBridgeToObject* bodyFromBytes(char const* text, int offset, int count) {
+  auto const* bytes = reinterpret_cast<unsigned char const*>(text);
+  int n = KepRString::byteSpan(bytes, offset, count);
+  return KepRString::createFromBytes(n > 0 ? bytes + offset : nullptr, n);
+}
+
+KepBridgeToObject* bodyFromUnits(unsigned short const* units, int offset, int count) {
+  int n = KepRString::unitSpan(units, offset, count);
+  return KepRString::create(n > 0 ? units + offset : nullptr, n);
+}
+
 KepString printed(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
 KepString printed(char const* format, ...) {
@@ -48,21 +61,16 @@ KepString::KepString(char const* text) : KepString(text, 0, -1) {}
 
 KepString::KepString(signed char* text) : KepString(reinterpret_cast<char const*>(text), 0, -1) {}
 
-KepString::KepString(char const* text, int offset, int count) : KepObject() {
-  auto const* bytes = reinterpret_cast<unsigned char const*>(text);
-  int n = KepRString::byteSpan(bytes, offset, count);
-  KepBridgeBaseCtor(this, KepRString::createFromBytes(n > 0 ? bytes + offset : nullptr, n));
-}
+KepString::KepString(char const* text, int offset, int count)
+    : KepObject(bodyFromBytes(text, offset, count)) {}
 
 KepString::KepString(signed char* text, int offset, int count)
     : KepString(reinterpret_cast<char const*>(text), offset, count) {}
 
 KepString::KepString(unsigned short const* units) : KepString(units, 0, -1) {}
 
-KepString::KepString(unsigned short const* units, int offset, int count) : KepObject() {
-  int n = KepRString::unitSpan(units, offset, count);
-  KepBridgeBaseCtor(this, KepRString::create(n > 0 ? units + offset : nullptr, n));
-}
+KepString::KepString(unsigned short const* units, int offset, int count)
+    : KepObject(bodyFromUnits(units, offset, count)) {}
 
 KepString KepString::valueOf(unsigned short unit) { return wrap(KepRString::create(&unit, 1)); }
 

@@ -1,0 +1,165 @@
+// Name-to-tag and tag-to-name over the built-in vocabulary (3795 names) against
+// std::map, std::unordered_map and GLib's quarks, in one run. Every benchmark
+// walks the same shuffled order of names.
+//
+// The process stays single-threaded up to the last two benchmarks, which start
+// (and join) one thread first and then measure the tag manager with its lock
+// taken, as in any process that runs threads.
+#include <benchmark/benchmark.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "kep/Kep.h"
+
+namespace {
+
+struct Vocabulary {
+  std::vector<KepString> names;
+  std::vector<std::string> texts;
+  std::vector<std::u16string> units;
+  std::vector<int> tags;
+  std::vector<GQuark> quarks;
+  std::map<std::u16string, int> byName;
+  std::unordered_map<std::u16string, int> byNameHashed;
+  std::map<int, std::u16string> byTag;
+  std::unordered_map<int, std::u16string> byTagHashed;
+
+  Vocabulary() {
+    Kep::init(0);
+    int n = 0;
+    _KepBuiltInTagTable const* tables = _KepGetBuiltInTagTables(n);
+    for (int t = 0; t < n; ++t) {
+      for (int i = 0; i < tables[t].count; ++i) {
+        std::string text = tables[t].names[i];
+        texts.push_back(text);
+        names.emplace_back(text.c_str());
+        units.emplace_back(text.begin(), text.end());
+        tags.push_back(tables[t].start + i);
+      }
+    }
+    std::vector<size_t> order(texts.size());
+    for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::shuffle(order.begin(), order.end(), std::mt19937(20240601));
+    auto permute = [&order](auto& v) {
+      auto copy = v;
+      for (size_t i = 0; i < order.size(); ++i) v[i] = copy[order[i]];
+    };
+    permute(texts);
+    permute(names);
+    permute(units);
+    permute(tags);
+    for (size_t i = 0; i < texts.size(); ++i) {
+      quarks.push_back(g_quark_from_string(texts[i].c_str()));
+      byName.emplace(units[i], tags[i]);
+      byNameHashed.emplace(units[i], tags[i]);
+      byTag.emplace(tags[i], units[i]);
+      byTagHashed.emplace(tags[i], units[i]);
+    }
+  }
+  size_t size() const { return texts.size(); }
+};
+
+Vocabulary& vocabulary() {
+  static Vocabulary v;
+  return v;
+}
+
+// Runs `lookup(i)` for i walking the shuffled vocabulary.
+template <class Lookup>
+void walk(benchmark::State& state, Lookup lookup) {
+  size_t const n = vocabulary().size();
+  size_t i = 0;
+  for (auto _ : state) {
+    lookup(i);
+    if (++i == n) i = 0;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+void BM_NameToTag_Kep(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(KepProcess::nameToTag(v.names[i])); });
+}
+BENCHMARK(BM_NameToTag_Kep);
+
+void BM_NameToTag_Kep8Bit(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(KepNameToTag(v.texts[i].c_str())); });
+}
+BENCHMARK(BM_NameToTag_Kep8Bit);
+
+void BM_NameToTag_StdMap(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(v.byName.find(v.units[i])->second); });
+}
+BENCHMARK(BM_NameToTag_StdMap);
+
+void BM_NameToTag_StdUnorderedMap(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state,
+       [&v](size_t i) { benchmark::DoNotOptimize(v.byNameHashed.find(v.units[i])->second); });
+}
+BENCHMARK(BM_NameToTag_StdUnorderedMap);
+
+void BM_NameToTag_GQuark(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(g_quark_try_string(v.texts[i].c_str())); });
+}
+BENCHMARK(BM_NameToTag_GQuark);
+
+void BM_TagToName_Kep(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) {
+    KepString name = KepProcess::tagToName(v.tags[i]);
+    benchmark::DoNotOptimize(name.getTarget());
+  });
+}
+BENCHMARK(BM_TagToName_Kep);
+
+void BM_TagToName_StdMap(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(&v.byTag.find(v.tags[i])->second); });
+}
+BENCHMARK(BM_TagToName_StdMap);
+
+void BM_TagToName_StdUnorderedMap(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(&v.byTagHashed.find(v.tags[i])->second); });
+}
+BENCHMARK(BM_TagToName_StdUnorderedMap);
+
+void BM_TagToName_GQuark(benchmark::State& state) {
+  Vocabulary& v = vocabulary();
+  walk(state, [&v](size_t i) { benchmark::DoNotOptimize(g_quark_to_string(v.quarks[i])); });
+}
+BENCHMARK(BM_TagToName_GQuark);
+
+// From here on the process has run a second thread: the tag lock is taken.
+void startAThread() {
+  static bool started = false;
+  if (!started) std::thread([] {}).join();
+  started = true;
+}
+
+void BM_NameToTag_KepThreaded(benchmark::State& state) {
+  startAThread();
+  BM_NameToTag_Kep(state);
+}
+BENCHMARK(BM_NameToTag_KepThreaded);
+
+void BM_TagToName_KepThreaded(benchmark::State& state) {
+  startAThread();
+  BM_TagToName_Kep(state);
+}
+BENCHMARK(BM_TagToName_KepThreaded);
+
+}  // namespace
+
+BENCHMARK_MAIN();
