@@ -181,10 +181,10 @@ TEST_F(Threads, ProcedureThreadsRunReleaseTheirBlockAndLeaveTheTable) {
   auto procedure = [](void* argument) -> int {
     auto* s = static_cast<Seen*>(argument);
     KepThread* me = KepProcess::getCurrThread();
-    s->id = me->getThreadID();
     s->flags = me->getCreateFlags();
     s->status = me->getStatus();
     s->hasName = !me->getThreadName().isNull() && me->getThreadName().length() == 0;
+    s->id = me->getThreadID();  // last: the test waits for it before reading the rest
     while (!s->release.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     s->done = true;
     return 7;
