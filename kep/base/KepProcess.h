@@ -4,15 +4,40 @@
 #define KEP_BASE_KEPPROCESS_H
 
 #include "kep/base/KepString.h"
-#include "kep/base/_KepThreadTable.h"
 #include "kep/base/KepTagRange.h"
+#include "kep/base/_KepThreadTable.h"
 
 class KepThread;
 class KepRunnable;
+class KepTagManager;
 
-// All operations are static and thread-safe.
+// All operations are static and thread-safe, except init() and destroy(), which
+// Kep::init and Kep::destroy call on one thread.
+//
+// The process object is counted like the other subsystems: the first init()
+// makes the process thread table and the process tag manager, the last
+// destroy() takes them down. Objects of subsystems the library does not have
+// yet (error registry, services, configuration, workers, readers, time zones,
+// listeners) have no getters here so far.
 class KEP_API KepProcess {
  public:
+  // --- Life cycle ------------------------------------------------------------------
+  // Counts an initialisation; the first one makes the thread table and the tag
+  // manager and clears the shut-down flag.
+  static void init();
+  // Counts one down; the last one releases the thread objects of the table and
+  // the tag manager. Extra calls are ignored.
+  static void destroy();
+  // The last Kep::destroy has begun: sets the shut-down flag.
+  static void notifyKepDestroy();
+  // True from the last Kep::destroy until the next first Kep::init.
+  static bool isShuttingDown();
+  // Live initialisations of the process object.
+  static int initCount();
+  // A handle on the process's tag manager; a null handle outside Kep::init ...
+  // Kep::destroy.
+  static KepTagManager getTagManager();
+
   // The tag of `name` in the process's tag manager, 0 when the name is unknown
   // (or no tag manager exists yet). Never creates a tag.
   static int nameToTag(KepString const& name);
