@@ -16,6 +16,8 @@
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
+#include "kep/base/KepStartupPath.h"
+#include "kep/base/_KepStartupOptions.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/memory/_KepMemoryDup.h"
 #include "kep/memory/_KepMemoryTest.h"
@@ -65,6 +67,7 @@
 #include "kep/xml/KepDOMElement.h"
 #include "kep/xml/KepDOMNode.h"
 #include "kep/xml/KepDOMParentNode.h"
+#include "kep/xml/KepXMLSimpleParser.h"
 
 // Events
 #include "kep/base/KepEvent.h"
@@ -79,6 +82,7 @@
 #include "kep/io/KepRStringBufferIOStream.h"
 #include "kep/io/KepStringBufferIOStream.h"
 #include "kep/io/_KepIO.h"
+#include "kep/io/_KepIOBuffered.h"
 #include "kep/io/_KepIODirectory.h"
 #include "kep/io/_KepIOMatch.h"
 #include "kep/io/_KepIOPathExtendedNonMac.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include "kep/base/KepCharacter.h"
 #include "kep/base/KepDebugger.h"
@@ -12,8 +13,8 @@
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
 #include "kep/base/KepRTagManager.h"
+#include "kep/base/_KepStartupOptions.h"
 #include "kep/base/_KepTagTables.h"
-#include "kep/base/_KepThreadTable.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/multi/_KepThread.h"
 
@@ -23,11 +24,15 @@ namespace {
 
 constexpr uint64_t kInitMark = 0xf59cd439u;
 
-// Counts one initialisation under lock 0 and answers the new count. The count is
-// kept in slot 31 and mirrored in slot 18, whose value plus one gives the count of
-// a later initialisation.
+// The start-up counter lives in the process store under lock 0: slot 30 holds
+// the marker once counting has started, slot 31 the number of live
+// initialisations. Slot 18 mirrors the live count (it is written by every init
+// and every destroy), and a later initialisation takes slot 18 plus one as its
+// count; so two inits and one destroy leave 1 in both slots, and the next init
+// counts 2 again. When lock 0 cannot be taken nothing is counted: init answers
+// 0 (not the first) and destroy false (not the last).
 int countInit() {
-  KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  if (KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP) == 0) return 0;
   int count;
   if (KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_MARK) != kInitMark) {
     KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_MARK, kInitMark);
@@ -43,7 +48,7 @@ int countInit() {
 
 // Counts one initialisation down; answers true for the last one.
 bool countDestroy() {
-  KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP);
+  if (KepRSharedData::lock(KEP_SCOPE_PROCESS, KEP_LOCK_STARTUP) == 0) return false;
   uint64_t count = KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT);
   uint64_t left = count > 0 ? count - 1 : 0;
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_COUNT, left);
@@ -103,11 +108,59 @@ void registerRemainingClasses() {
   }
 }
 
+// Classes taken down after all others, in this order; the rest go in the
+// reverse of their registration.
+constexpr int kLastUnregistered[] = {KepClassID::String,     KepClassID::OrderedSetIterator,
+                                     KepClassID::OrderedSet, KepClassID::Array,
+                                     KepClassID::Object,     KepClassID::Date,
+                                     KepClassID::DateFields, KepClassID::DateFormat,
+                                     KepClassID::TimeZone,   KepClassID::ConnectionEntry};
+
+bool isUnregisteredLast(int classId) {
+  return std::find(std::begin(kLastUnregistered), std::end(kLastUnregistered), classId) !=
+         std::end(kLastUnregistered);
+}
+
+// Unregisters every class that start-up registered.
 void unregisterLibraryClasses() {
+  std::vector<int> registered;
+  for (int classId : kCoreClasses) {
+    for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
+      if (c->classId == classId) registered.push_back(classId);
+    }
+  }
   for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
-    KepFactory::unregisterClass(c->classId);
+    if (!isCoreClass(c->classId)) registered.push_back(c->classId);
+  }
+  for (auto it = registered.rbegin(); it != registered.rend(); ++it) {
+    if (!isUnregisteredLast(*it)) KepFactory::unregisterClass(*it);
+  }
+  for (int classId : kLastUnregistered) {
+    if (std::find(registered.begin(), registered.end(), classId) != registered.end()) {
+      KepFactory::unregisterClass(classId);
+    }
   }
 }
+
+// The steps of start-up and shut-down that belong to subsystems the library does
+// not have yet: each is called where its subsystem takes part.
+
+// The process dispatcher is entered on every init and left on every destroy.
+void initDispatcher() {}
+void destroyDispatcher() {}
+
+// The first init reads the error registry (KEP_ERROR_REGISTRY) into the process's
+// error table; this needs the XML parser that builds documents.
+void readErrorRegistry() {}
+
+// The first init loads the configuration named by Kep::init's third argument
+// into the process configuration.
+void loadConfiguration(char const* /*configName*/) {}
+
+// The last destroy unloads the services and replaces the process configuration
+// with a null one.
+void unloadServices() {}
+void dropConfiguration() {}
 
 }  // namespace
 
@@ -115,30 +168,46 @@ void Kep::init(int a) { init(a, 1, nullptr); }
 
 void Kep::init(int a, int b) { init(a, b, nullptr); }
 
-void Kep::init(int /*a*/, int b, char* /*configName*/) {
+void Kep::init(int a, int b, char* configName) {
   KepRSharedData::init();
   int count = countInit();
   bool first = count == 1;
-  if (first) gKepLogOptions.store(b == 0 ? 130 : static_cast<unsigned long>(b));
+  if (first) {
+    // Nothing in the library consumes the processes value yet.
+    int processes = 0;
+    _KepGetStartupOptions(a, b, processes, configName);
+  }
   KepLogger::init();
   KepDebugger::init();
   KepProcess::logDebugString("Initializating KEP, invocation #%d, for current process", count);
   KepMemory::init();
   KepCharacter::init();
-  if (first) _KepProcessInitThreads();
-  if (first) KepRTagManager::createProcessManager();
+  KepProcess::init();
   KepFactory::init();
+  initDispatcher();
   if (first) {
     registerCoreClasses();
     loadBuiltInTagTables();
     registerRemainingClasses();
+    readErrorRegistry();
+    loadConfiguration(configName);
+    KepLogger::notifyKepInit();
+    KepMemoryLeakSanityCheck();
   }
 }
 
 void Kep::destroy() {
   bool last = countDestroy();
-  if (last) _KepProcessDestroyThreads();
-  if (last) KepRTagManager::destroyProcessManager();
+  if (last) {
+    KepProcess::notifyKepDestroy();
+    KepLogger::notifyKepDestroy();
+  }
+  destroyDispatcher();
+  if (last) {
+    unloadServices();
+    dropConfiguration();
+  }
+  KepProcess::destroy();
   if (last) {
     KepProcess::logDebugString("Unregistering classes\n");
     unregisterLibraryClasses();

@@ -11,10 +11,18 @@
 KEP_API extern std::atomic<int> InitComplete;
 
 // Start-up is counted: nested or repeated initialisations share one set of
-// subsystems; the first one registers the library's classes, and only the last
-// destroy() takes them down again.
+// subsystems. Every init enters, in this order, the shared-data store, the
+// logger, the debugger, the memory manager, the character classes, the process
+// object and the factory; the first one also reads the start-up options file
+// (before the logger, see _KepStartupOptions.h), registers the library's
+// classes, loads the built-in tag tables, and then reports live tracked memory
+// blocks when leak checking is on. Every destroy leaves them in the reverse
+// order; the last one unregisters every class start-up registered, reports the
+// tracked memory blocks and (with bit 0 of gDiagKep) the object instances still
+// live, and clears gDiagKep, gDiagKepAlloc, gDiagCPPAlloc and _gKepDiagQBAlloc.
 //
-// Thread safety: start-up and shut-down are expected to run on one thread.
+// Thread safety: start-up and shut-down are expected to run on one thread; only
+// the counter itself is guarded (lock 0 of the process store).
 class KEP_API Kep {
  public:
   // Kep::init(a, 1, null).
@@ -22,10 +30,11 @@ class KEP_API Kep {
   // Kep::init(a, b, null).
   static void init(int a, int b);
   // Brings the library up. `a` is not used by the library; `b` is the default
-  // log option word used when no start-up options name a logger (0 means 130);
-  // `configName` names the configuration to load (null for none).
+  // log option word used when the start-up options name no logger words (0
+  // means 130: no output); `configName` names the configuration to load (null
+  // for none). Logs "Initializating KEP, invocation #<n>, for current process".
   static void init(int a, int b, char* configName);
-  // Takes one initialisation down; the last one unregisters the classes.
+  // Takes one initialisation down.
   static void destroy();
   // Writes major 1 and minor 0.
   static void version(int& major, int& minor);
