@@ -1,0 +1,233 @@
+// The start-up options file: where it is found and the words it sets.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "kep/Kep.h"
+#include "support/KepLogCapture.h"
+#include "support/KepTestSupport.h"
+
+namespace {
+
+class StartupOptions : public ::testing::Test {
+ protected:
+  // Writes the options file and reads it with `logDefault`.
+  void read(std::string const& xml, int logDefault = 1) {
+    keptest::writeFile(path_, xml);
+    readOnly(logDefault);
+  }
+  void readOnly(int logDefault = 1) {
+    processes_ = -1;
+    _KepGetStartupOptions(0, logDefault, processes_, nullptr);
+  }
+  static std::string memoryManager(std::string const& inner) {
+    return "<Startup><MemoryManager>" + inner + "</MemoryManager></Startup>";
+  }
+  static std::string diagnostics(std::string const& allocator, std::string const& words) {
+    return "<" + allocator + "><Diagnostics>" + words + "</Diagnostics></" + allocator + ">";
+  }
+
+  keptest::SavedOptionWords saved_;
+  keptest::TempDir dir_;
+  std::string path_ = dir_.file("options.xml");
+  keptest::ScopedEnv env_{KEP_STARTUP_OPTIONS_VARIABLE, path_};
+  int processes_ = -1;
+};
+
+TEST_F(StartupOptions, PathComesFromTheEnvironmentOrTheCurrentDirectory) {
+  char buffer[2048];
+  ASSERT_TRUE(_KepGetStartupConfigPath(nullptr, buffer, sizeof buffer));
+  EXPECT_EQ(std::string(buffer), path_);
+  {
+    keptest::ScopedEnv empty(KEP_STARTUP_OPTIONS_VARIABLE, "");
+    ASSERT_TRUE(_KepGetStartupConfigPath("ignored.xml", buffer, sizeof buffer));
+    EXPECT_STREQ(buffer, "kepstartup.xml");
+  }
+  char tiny[8] = "xxxxxxx";
+  EXPECT_FALSE(_KepGetStartupConfigPath(nullptr, tiny, sizeof tiny));
+  EXPECT_STREQ(tiny, "") << "a path that does not fit leaves an empty buffer";
+  EXPECT_FALSE(_KepGetStartupConfigPath(nullptr, nullptr, 10));
+}
+
+TEST_F(StartupOptions, WithoutAFileTheLogWordIsTheDefaultAndTheRestIsKept) {
+  gDiagKep.store(1);
+  gDiagKepAlloc.store(0x100);
+  gKepDebuggerOptions.store(1);
+  readOnly(1);
+  EXPECT_EQ(gKepLogOptions.load(), 1u);
+  EXPECT_EQ(processes_, 0);
+  readOnly(0);
+  EXPECT_EQ(gKepLogOptions.load(), 130u) << "a zero default means 130";
+  readOnly(36);
+  EXPECT_EQ(gKepLogOptions.load(), 36u);
+  EXPECT_EQ(gDiagKep.load(), 1u);
+  EXPECT_EQ(gDiagKepAlloc.load(), 0x100u);
+  EXPECT_EQ(gKepDebuggerOptions.load(), 1u);
+}
+
+TEST_F(StartupOptions, KepInitTakesItsSecondArgumentAsTheLogDefault) {
+  Kep::init(0);
+  EXPECT_EQ(gKepLogOptions.load(), 1u);
+  Kep::destroy();
+  Kep::init(0, 0);
+  EXPECT_EQ(gKepLogOptions.load(), 130u);
+  Kep::destroy();
+  read("<Startup><Logger><KepConsole/></Logger></Startup>");
+  gKepLogOptions.store(0);
+  Kep::init(0, 0);
+  EXPECT_EQ(gKepLogOptions.load(), 4u) << "the file's Logger wins over the argument";
+  Kep::init(0, 1);
+  EXPECT_EQ(gKepLogOptions.load(), 4u) << "only the first init reads the options";
+  Kep::destroy();
+  Kep::destroy();
+}
+
+TEST_F(StartupOptions, LoggerWords) {
+  struct Case {
+    char const* words;
+    unsigned long expected;
+  };
+  Case const cases[] = {
+      {"<NoBlock/>", 130},  // no output word: 130, and NoBlock's 128 is in it already
+      {"<KepConsole/>", 4},      {"<KepConsole/><NoBlock/>", 132},
+      {"<KepNone/>", 2},         {"<KepGUI/><KepEvent/><KepDebugger/>", 49},
+      {"<KepEvent/>", 146},      {"<Anything/>", 130},
+      {"<KepConsoleExtra/>", 4},  // names are tested as substrings
+  };
+  for (Case const& c : cases) {
+    read(std::string("<Startup><Logger>") + c.words + "</Logger></Startup>", 1);
+    EXPECT_EQ(gKepLogOptions.load(), c.expected) << c.words;
+  }
+  read("<Startup><Logger>text only</Logger></Startup>", 7);
+  EXPECT_EQ(gKepLogOptions.load(), 7u) << "a Logger without children keeps the default";
+  read("<Startup><General/></Startup>", 0);
+  EXPECT_EQ(gKepLogOptions.load(), 130u);
+}
+
+TEST_F(StartupOptions, AllocatorDiagnosticsAreSubstringTests) {
+  read(memoryManager(diagnostics("KEPAlloc", "<Count/><Sizes/><Check/>") +
+                     diagnostics("CPPAlloc", "<Stack/><Shift/>") +
+                     diagnostics("QBAlloc", "<InstanceCount/>") +
+                     diagnostics("KEP", "<InstanceCount/>")));
+  EXPECT_EQ(gDiagKepAlloc.load(), 0x103u);
+  EXPECT_EQ(gDiagCPPAlloc.load(), 24u);
+  EXPECT_EQ(_gKepDiagQBAlloc.load(), 1u) << "InstanceCount contains Count";
+  EXPECT_EQ(gDiagKep.load(), 1u);
+
+  // A file read again sets every word afresh: allocators without Diagnostics
+  // and a KEP without InstanceCount give 0.
+  read(memoryManager("<KEPAlloc/>" + diagnostics("KEP", "<Count/>") + diagnostics("CPPAlloc", "")));
+  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
+  EXPECT_EQ(gDiagKep.load(), 0u);
+  EXPECT_EQ(gDiagCPPAlloc.load(), 0u) << "an empty Diagnostics names nothing";
+  EXPECT_EQ(_gKepDiagQBAlloc.load(), 0u);
+}
+
+TEST_F(StartupOptions, ElementsCountOnlyInTheirPlace) {
+  gDiagKep.store(1);
+  // KEP outside MemoryManager, Diagnostics outside an allocator, and words
+  // under an element that cleared the selection are all ignored.
+  read("<Startup>" + diagnostics("KEP", "<InstanceCount/>") +
+       "<MemoryManager><Diagnostics><Count/></Diagnostics>"
+       "<Unknown><Diagnostics><Sizes/></Diagnostics></Unknown></MemoryManager>"
+       "<Logger><MemoryManager/></Logger></Startup>");
+  EXPECT_EQ(gDiagKep.load(), 0u);
+  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
+  EXPECT_EQ(gKepLogOptions.load(), 130u) << "a MemoryManager under Logger is a logger word";
+
+  // After a section closes, the reader is back at the top.
+  read("<Startup><Debugger><NameTable/></Debugger><MemoryManager>" +
+       diagnostics("KEPAlloc", "<Sizes/>") + "</MemoryManager></Startup>");
+  EXPECT_EQ(gKepDebuggerOptions.load(), 1u);
+  EXPECT_EQ(gDiagKepAlloc.load(), 2u);
+}
+
+TEST_F(StartupOptions, DebuggerAndGeneralSettings) {
+  read(
+      "<Startup><Debugger><NameTable/></Debugger>"
+      "<General><Processes>12</Processes></General></Startup>");
+  EXPECT_EQ(gKepDebuggerOptions.load(), 1u);
+  EXPECT_EQ(processes_, 12);
+  read(
+      "<Startup><Debugger><Other/></Debugger><General><Processes>x</Processes></General>"
+      "</Startup>");
+  EXPECT_EQ(gKepDebuggerOptions.load(), 0u);
+  EXPECT_EQ(processes_, 0);
+}
+
+TEST_F(StartupOptions, ExternalAllocatorNamesKeepTheLastPieceOfText) {
+  read(
+      memoryManager("<Allocator><External><ModuleName>libpool.so</ModuleName>"
+                    "<InitializeFunctionName>pool&amp;init</InitializeFunctionName>"
+                    "</External></Allocator>"));
+  _KepStartupAllocator a{};
+  _KepGetStartupAllocator(a);
+  EXPECT_STREQ(a.kind, "External");
+  EXPECT_STREQ(a.moduleName, "libpool.so");
+  EXPECT_STREQ(a.initializeFunctionName, "init") << "the entity splits the text in pieces";
+  read(memoryManager("<Allocator><KepPooled/></Allocator>"));
+  _KepGetStartupAllocator(a);
+  EXPECT_STREQ(a.kind, "KepPooled");
+  EXPECT_STREQ(a.moduleName, "");
+}
+
+TEST_F(StartupOptions, LongWordListsAndTextsAreCut) {
+  std::string many;
+  for (int i = 0; i < 400; ++i) many += "<KepEvent/>";
+  read("<Startup><Logger>" + many + "<KepConsole/></Logger><General><Processes>42" +
+       std::string(5000, ' ') + "9</Processes></General></Startup>");
+  // The words stop at 1023 bytes, so the late KepConsole is lost.
+  EXPECT_EQ(gKepLogOptions.load(), 146u);
+  EXPECT_EQ(processes_, 42) << "the processes text keeps its first 63 bytes";
+}
+
+TEST_F(StartupOptions, ALargeFileIsReadWhole) {
+  // Well past the parser's block and the reader's pieces: the settings at the
+  // end are still found.
+  std::string padding = "<!--" + std::string(100000, 'c') + "-->";
+  read("<Startup>" + padding + "<Logger><KepConsole/></Logger>" + padding +
+       "<General><Processes>5</Processes></General></Startup>");
+  EXPECT_EQ(gKepLogOptions.load(), 4u);
+  EXPECT_EQ(processes_, 5);
+}
+
+TEST_F(StartupOptions, AMalformedFileKeepsWhatCameBeforeTheError) {
+  gKepLogOptions.store(KepLogger::kGUI);
+  keptest::LogCapture log;
+  read(
+      "<Startup><General><Processes>3</Processes></General>"
+      "<Logger><KepConsole/></Logger><Broken></Startup>");
+  EXPECT_EQ(processes_, 3);
+  EXPECT_EQ(gKepLogOptions.load(), 4u);
+  EXPECT_EQ(log.count("XML Parser Error: mismatched tag at line 1"), 1u);
+}
+
+TEST_F(StartupOptions, StatisticsCountersAreResetAfterReading) {
+  void* before = KepMalloc(64);
+  ASSERT_GT(gKepMallocCount.load(), 0u);
+  read("<Startup/>");
+  EXPECT_EQ(gKepMallocCount.load(), 0u);
+  EXPECT_EQ(gKepFreeCount.load(), 0u);
+  EXPECT_EQ(gKepTotalMallocSize.load(), 0u);
+  EXPECT_EQ(gKepTotalFreeSize.load(), 0u);
+  KepFree(before);
+  EXPECT_EQ(gKepFreeCount.load(), 1u);
+}
+
+TEST_F(StartupOptions, DiagnosticsFromTheFileReachTheRunningLibrary) {
+  read(memoryManager(diagnostics("KEPAlloc", "<Check/>") + diagnostics("KEP", "<InstanceCount/>")));
+  gDiagKep.store(0);
+  gDiagKepAlloc.store(0);
+  Kep::init(0);
+  EXPECT_EQ(gDiagKep.load(), 1u);
+  EXPECT_EQ(gDiagKepAlloc.load(), 0x100u);
+  EXPECT_TRUE(KepMemory::isTracking());
+  void* p = KepMalloc(10);
+  EXPECT_NE(KepMemory::sequenceOf(p), 0u) << "a block made now is tracked";
+  KepFree(p);
+  Kep::destroy();
+  EXPECT_EQ(gDiagKep.load(), 0u) << "the last destroy clears the diagnostics words";
+  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
+}
+
+}  // namespace

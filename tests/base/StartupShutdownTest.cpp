@@ -1,0 +1,187 @@
+// Start-up and shut-down: the order of the once-only steps, the subsystems'
+// own counters, the process object, repeated cycles and the reports of the last
+// destroy.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "kep/Kep.h"
+#include "support/KepLogCapture.h"
+#include "support/KepTestSupport.h"
+
+namespace {
+
+class StartupShutdown : public ::testing::Test {
+ protected:
+  keptest::SavedOptionWords saved_;
+  keptest::TempDir dir_;
+  // No options file: Kep::init(a) sets the log word to 1, the line handler.
+  keptest::ScopedEnv env_{KEP_STARTUP_OPTIONS_VARIABLE, dir_.file("none.xml")};
+  keptest::LogCapture log_;
+};
+
+void expectSubsystemCounts(int n) {
+  EXPECT_EQ(Kep::initCount(), n);
+  EXPECT_EQ(KepLogger::initCount(), n);
+  EXPECT_EQ(KepDebugger::initCount(), n);
+  EXPECT_EQ(KepMemory::initCount(), n);
+  EXPECT_EQ(KepProcess::initCount(), n);
+}
+
+TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
+  Kep::init(0);
+  Kep::init(0);
+  expectSubsystemCounts(2);
+  EXPECT_EQ(log_.count("Initializating KEP, invocation #1, for current process"), 1u);
+  EXPECT_EQ(log_.count("Initializating KEP, invocation #2, for current process"), 1u);
+  int classes = KepFactory::classCount();
+  int libraryClasses = 0;
+  for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) ++libraryClasses;
+  EXPECT_EQ(classes, libraryClasses) << "every library class is registered";
+
+  Kep::destroy();
+  expectSubsystemCounts(1);
+  EXPECT_EQ(log_.count("Unregistering classes"), 0u);
+  EXPECT_EQ(KepFactory::classCount(), classes) << "the classes stay while one init lives";
+  EXPECT_FALSE(KepGetObject(KepClassID::StringBuffer, 0).isNull());
+  EXPECT_FALSE(KepProcess::getTagManager().isNull());
+  EXPECT_FALSE(KepProcess::isShuttingDown());
+
+  // The next init counts from the live count (slot 18 mirrors it).
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_INIT_LAST), 1u);
+  Kep::init(0);
+  EXPECT_EQ(log_.count("Initializating KEP, invocation #2, for current process"), 2u);
+  Kep::destroy();
+
+  Kep::destroy();
+  expectSubsystemCounts(0);
+  std::vector<std::string> lines = log_.lines();
+  EXPECT_EQ(log_.count("Unregistering classes"), 1u);
+  EXPECT_NE(std::find(lines.begin(), lines.end(), "Unregistering classes"), lines.end())
+      << "one line, without its line feed";
+  EXPECT_TRUE(KepProcess::isShuttingDown());
+  EXPECT_TRUE(KepProcess::getTagManager().isNull());
+  EXPECT_TRUE(KepGetObject(KepClassID::StringBuffer, 0).isNull());
+
+  Kep::init(0);
+  EXPECT_FALSE(KepProcess::isShuttingDown()) << "a new start-up clears the flag";
+  EXPECT_EQ(log_.count("Initializating KEP, invocation #1, for current process"), 2u);
+  Kep::destroy();
+}
+
+TEST_F(StartupShutdown, FlatEntryPointsForwardToKep) {
+  KepInit(0, 0, nullptr);
+  EXPECT_EQ(Kep::initCount(), 1);
+  EXPECT_EQ(gKepLogOptions.load(), 130u);
+  KepDestroy();
+  EXPECT_EQ(Kep::initCount(), 0);
+}
+
+TEST_F(StartupShutdown, EveryClassStartUpMadeIsGoneAfterTheLastDestroy) {
+  // The thread table's storage (with a null handle per slot) is made once per
+  // process and kept: make it before counting.
+  Kep::init(0);
+  Kep::destroy();
+  KepDebugger::resetCounts();
+  gDiagKep.store(1);
+  Kep::init(0);
+  int64_t prototypes = 0;
+  for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) {
+    prototypes += KepDebugger::liveObjectsOf(c->classId) > 0;
+  }
+  EXPECT_EQ(prototypes, KepFactory::classCount()) << "each registered class has a live prototype";
+  Kep::destroy();
+  EXPECT_EQ(KepDebugger::liveObjects(), 0);
+  EXPECT_EQ(KepDebugger::liveBridges(), 0);
+  EXPECT_TRUE(log_.contains("KepDebugger: 0 live objects, 0 live handles"));
+}
+
+TEST_F(StartupShutdown, TheLastDestroyNamesClassesWithLiveInstances) {
+  Kep::init(0);
+  gDiagKep.store(1);
+  KepObject kept = KepGetObject(KepClassID::StringBuffer, 0);
+  KepObject second(kept);
+  ASSERT_FALSE(kept.isNull());
+  EXPECT_EQ(KepDebugger::liveObjectsOf(KepClassID::StringBuffer), 1);
+
+  // While the library is up the report finds the name in the tag manager.
+  EXPECT_EQ(KepDebugger::reportLiveInstances(), 1);
+  EXPECT_EQ(log_.count("KepDebugger: 1 live instances of StringBuffer (class 0x4002d), 2 handles"),
+            1u);
+
+  // The last destroy reports after the tag manager is gone.
+  Kep::destroy();
+  EXPECT_EQ(log_.count("KepDebugger: 1 live instances of StringBuffer (class 0x4002d), 2 handles"),
+            2u);
+  EXPECT_EQ(log_.count("KepDebugger: 1 live objects, 2 live handles"), 2u);
+  EXPECT_EQ(gDiagKep.load(), 0u);
+}
+
+TEST_F(StartupShutdown, AThousandCyclesLeaveNothingBehind) {
+  // One cycle first: storage kept for the process's life (the thread table) is
+  // made then.
+  Kep::init(0);
+  Kep::destroy();
+  auto balance = [] {
+    return static_cast<int64_t>(gKepTotalMallocSize.load()) -
+           static_cast<int64_t>(gKepTotalFreeSize.load());
+  };
+  auto blocks = [] {
+    return static_cast<int64_t>(gKepMallocCount.load()) -
+           static_cast<int64_t>(gKepFreeCount.load());
+  };
+  int64_t bytesAfterFirst = balance();
+  int64_t blocksAfterFirst = blocks();
+  unsigned long handles = _KepMMTestLiveHandles();
+  KepDebugger::resetCounts();
+  for (int i = 0; i < 1000; ++i) {
+    // Every 50th cycle also counts its objects (instance accounting makes a
+    // cycle several times slower).
+    bool counted = i % 50 == 0;
+    if (counted) gDiagKep.store(1);  // the last destroy clears it
+    Kep::init(0);
+    Kep::destroy();
+    ASSERT_EQ(balance(), bytesAfterFirst) << "cycle " << i;
+    ASSERT_EQ(blocks(), blocksAfterFirst) << "cycle " << i;
+    if (counted) {
+      ASSERT_EQ(KepDebugger::liveObjects(), 0) << "cycle " << i;
+      ASSERT_EQ(KepDebugger::liveBridges(), 0) << "cycle " << i;
+    }
+  }
+  EXPECT_EQ(_KepMMTestLiveHandles(), handles);
+  EXPECT_FALSE(KepRSharedData::isCreated());
+}
+
+TEST_F(StartupShutdown, ABareHostReportsNoLiveBlocksAndNoLiveInstances) {
+  std::string options = dir_.file("leakcheck.xml");
+  keptest::writeFile(options,
+                     "<Startup><MemoryManager>"
+                     "<KEPAlloc><Diagnostics><Count/><Sizes/><Check/></Diagnostics></KEPAlloc>"
+                     "<KEP><Diagnostics><InstanceCount/></Diagnostics></KEP>"
+                     "</MemoryManager><Logger><KepConsole/></Logger></Startup>");
+  std::string command =
+      std::string("KEP_STARTUP_OPTIONS='") + options + "' '" + KEP_STARTUP_HOST + "' 2>&1";
+  FILE* child = popen(command.c_str(), "r");
+  ASSERT_NE(child, nullptr);
+  std::string output;
+  char buffer[4096];
+  size_t n;
+  while ((n = std::fread(buffer, 1, sizeof buffer, child)) > 0) output.append(buffer, n);
+  EXPECT_EQ(pclose(child), 0) << output;
+
+  // The start-up's own check lists the blocks it keeps while the library is up;
+  // the last destroy's reports come at the end.
+  EXPECT_NE(output.find("Initializating KEP, invocation #1"), std::string::npos) << output;
+  size_t unregister = output.find("Unregistering classes");
+  ASSERT_NE(unregister, std::string::npos) << output;
+  std::string tail = output.substr(unregister);
+  EXPECT_NE(tail.find("INFO: KepMemory: 0 live blocks, 0 bytes\n"), std::string::npos) << tail;
+  EXPECT_NE(tail.find("INFO: KepDebugger: 0 live objects, 0 live handles"), std::string::npos)
+      << tail;
+  EXPECT_EQ(tail.find("live block #"), std::string::npos) << tail;
+  EXPECT_EQ(tail.find("live instances of"), std::string::npos) << tail;
+}
+
+}  // namespace

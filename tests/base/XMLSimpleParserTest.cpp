@@ -1,0 +1,147 @@
+// The simple XML parser: callbacks, the reading rules and the error line.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepLogCapture.h"
+
+namespace {
+
+// Feeds a text to the parser and records what the callbacks see as a compact
+// trace: "<name a=v>" for starts, "</name>" for ends and "[text]" for each piece
+// of character data.
+struct Source {
+  std::string text;
+  size_t position = 0;
+  std::vector<int> asked;  // the size of every read
+  std::vector<int> given;  // what each read answered
+  bool endWithMinusOne = false;
+  std::string trace;
+
+  static int read(void* user, char* buffer, int offset, int size) {
+    auto* s = static_cast<Source*>(user);
+    s->asked.push_back(size);
+    size_t left = s->text.size() - s->position;
+    int n;
+    if (left == 0 && s->endWithMinusOne) {
+      n = -1;
+    } else {
+      n = static_cast<int>(left < static_cast<size_t>(size) ? left : static_cast<size_t>(size));
+      s->text.copy(buffer + offset, static_cast<size_t>(n), s->position);
+      s->position += static_cast<size_t>(n);
+    }
+    s->given.push_back(n);
+    return n;
+  }
+  static void start(void* user, char const* name, char const** attributes) {
+    auto* s = static_cast<Source*>(user);
+    s->trace += std::string("<") + name;
+    for (int i = 0; attributes[i] != nullptr; i += 2) {
+      s->trace += std::string(" ") + attributes[i] + "=" + attributes[i + 1];
+    }
+    s->trace += ">";
+  }
+  static void end(void* user, char const* name) {
+    static_cast<Source*>(user)->trace += std::string("</") + name + ">";
+  }
+  static void chars(void* user, char const* text, int length) {
+    static_cast<Source*>(user)->trace += "[" + std::string(text, static_cast<size_t>(length)) + "]";
+  }
+
+  bool parse() { return KepRXMLSimpleParserExecute(this, read, start, end, chars); }
+};
+
+class SimpleParser : public ::testing::Test {
+ protected:
+  void SetUp() override { gKepLogOptions.store(KepLogger::kGUI); }
+  keptest::SavedOptionWords saved_;
+  keptest::LogCapture log_;
+};
+
+TEST_F(SimpleParser, CallsBackForElementsAttributesAndText) {
+  Source s;
+  s.text = "<?xml version=\"1.0\"?><Root a=\"1\" b='two'><x:Child/>text &amp; more</Root>";
+  EXPECT_TRUE(s.parse());
+  // No namespace processing: "x:Child" is an ordinary name; the entity splits
+  // the text into pieces.
+  EXPECT_EQ(s.trace, "<Root a=1 b=two><x:Child></x:Child>[text ][&][ more]</Root>");
+  EXPECT_EQ(log_.count("XML Parser Error"), 0u);
+
+  Source endsOnly;  // callbacks may be left out
+  endsOnly.text = s.text;
+  EXPECT_TRUE(KepRXMLSimpleParserExecute(&endsOnly, Source::read, nullptr, Source::end, nullptr));
+  EXPECT_EQ(endsOnly.trace, "</x:Child></Root>");
+}
+
+TEST_F(SimpleParser, ReadsInBlocksUntilAShortRead) {
+  // A document of exactly one block needs a second read, which gives 0 bytes.
+  Source exact;
+  std::string open = "<a>";
+  std::string close = "</a>";
+  exact.text = open + std::string(KEP_XML_SIMPLE_BLOCK - open.size() - close.size(), 'x') + close;
+  ASSERT_EQ(exact.text.size(), static_cast<size_t>(KEP_XML_SIMPLE_BLOCK));
+  EXPECT_TRUE(exact.parse());
+  EXPECT_EQ(exact.asked, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK}));
+  EXPECT_EQ(exact.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, 0}));
+
+  // Two and a bit blocks: three reads, the last one short.
+  Source longer;
+  longer.text = open + std::string(70000, 'y') + close;
+  EXPECT_TRUE(longer.parse());
+  EXPECT_EQ(longer.given,
+            (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK,
+                              static_cast<int>(longer.text.size()) - 2 * KEP_XML_SIMPLE_BLOCK}));
+  size_t ys = 0;
+  for (char c : longer.trace) ys += c == 'y';
+  EXPECT_EQ(ys, 70000u) << "every byte of text reached the callback";
+
+  // A reader that ends with -1 after full blocks.
+  Source minusOne;
+  minusOne.text = exact.text;
+  minusOne.endWithMinusOne = true;
+  EXPECT_TRUE(minusOne.parse());
+  EXPECT_EQ(minusOne.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, -1}));
+}
+
+TEST_F(SimpleParser, ShortOrEmptyInputFails) {
+  // The reader gives fewer bytes than asked although more would come: the
+  // parser takes that as the end, and the unfinished document fails.
+  struct Trickle {
+    static int read(void* user, char* buffer, int offset, int) {
+      auto* s = static_cast<Source*>(user);
+      if (s->position >= s->text.size()) return -1;
+      buffer[offset] = s->text[s->position++];
+      return 1;
+    }
+  };
+  Source s;
+  s.text = "<a></a>";
+  EXPECT_FALSE(KepRXMLSimpleParserExecute(&s, Trickle::read, Source::start, Source::end, nullptr));
+  EXPECT_EQ(s.position, 1u) << "only one read was made";
+  EXPECT_EQ(log_.count("XML Parser Error: "), 1u);
+
+  Source empty;
+  empty.endWithMinusOne = true;
+  EXPECT_FALSE(empty.parse());
+  Source unfinished;  // the last read ends the document, so an open element fails
+  unfinished.text = "<a><b>";
+  EXPECT_FALSE(unfinished.parse());
+  EXPECT_EQ(log_.count("no element found"), 2u);
+  EXPECT_FALSE(KepRXMLSimpleParserExecute(&s, nullptr, Source::start, Source::end, Source::chars));
+}
+
+TEST_F(SimpleParser, MalformedInputStopsWithOneErrorLine) {
+  Source s;
+  s.text = "<a>\n <b></c>\n</a><after/>";
+  EXPECT_FALSE(s.parse());
+  EXPECT_EQ(s.trace, "<a>[\n][ ]<b>") << "callbacks before the error stand, none after";
+  // Expat places a mismatched end tag at its name: line 2, column 6, byte 10.
+  std::vector<std::string> lines = log_.lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0], "XML Parser Error: mismatched tag at line 2, column 6, byte 10.");
+  EXPECT_EQ(log_.levels()[0], KepLogger::kError);
+}
+
+}  // namespace

@@ -1,0 +1,164 @@
+// The leak-checking mode of the allocator: the registry of tracked blocks, its
+// reports and the guard behind each tracked block.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepLogCapture.h"
+#include "support/KepTestSupport.h"
+
+namespace {
+
+class LeakCheck : public ::testing::Test {
+ protected:
+  void SetUp() override { gKepLogOptions.store(KepLogger::kGUI); }
+
+  static std::string liveLine(void const* p, unsigned long size) {
+    char line[128];
+    std::snprintf(line, sizeof line, "KepMemory: live block #%llu of %lu bytes at %p",
+                  static_cast<unsigned long long>(KepMemory::sequenceOf(p)), size, p);
+    return line;
+  }
+
+  keptest::SavedOptionWords saved_;
+  keptest::LogCapture log_;
+};
+
+TEST_F(LeakCheck, EachSelectingWordSwitchesTrackingOn) {
+  for (unsigned long word : {0x1ul, 0x2ul, 0x100ul, 0x103ul}) {
+    gDiagKepAlloc.store(word);
+    EXPECT_TRUE(KepMemory::isTracking()) << word;
+    void* p = KepMalloc(8);
+    EXPECT_NE(KepMemory::sequenceOf(p), 0u) << word;
+    KepFree(p);
+  }
+  for (unsigned long word : {0x0ul, 0x8ul, 0x10ul}) {
+    gDiagKepAlloc.store(word);
+    EXPECT_FALSE(KepMemory::isTracking()) << word;
+    void* p = KepMalloc(8);
+    EXPECT_EQ(KepMemory::sequenceOf(p), 0u) << word;
+    KepFree(p);
+  }
+}
+
+TEST_F(LeakCheck, TheSanityCheckListsEveryLiveTrackedBlock) {
+  gDiagKepAlloc.store(0x100);
+  unsigned long blocks = KepMemory::trackedBlocks();
+  unsigned long bytes = KepMemory::trackedBytes();
+  void* a = KepMalloc(123);
+  void* b = KepCalloc(3, 7);
+  void* empty = KepMalloc(0);
+  ASSERT_NE(a, nullptr);
+  ASSERT_NE(b, nullptr);
+  ASSERT_NE(empty, nullptr);
+  EXPECT_LT(KepMemory::sequenceOf(a), KepMemory::sequenceOf(b)) << "sequence numbers rise";
+  EXPECT_EQ(KepMemory::trackedBlocks(), blocks + 3);
+  EXPECT_EQ(KepMemory::trackedBytes(), bytes + 123 + 21);
+
+  EXPECT_EQ(KepMemoryLeakSanityCheck(), blocks + 3);
+  EXPECT_EQ(log_.count(liveLine(a, 123)), 1u);
+  EXPECT_EQ(log_.count(liveLine(b, 21)), 1u);
+  EXPECT_EQ(log_.count(liveLine(empty, 0)), 1u);
+  char summary[96];
+  std::snprintf(summary, sizeof summary, "KepMemory: %lu live blocks, %lu bytes", blocks + 3,
+                bytes + 144);
+  EXPECT_EQ(log_.count(summary), 1u);
+
+  std::string gone = liveLine(a, 123);
+  KepFree(a);
+  KepFree(b);
+  KepFree(empty);
+  log_.clear();
+  EXPECT_EQ(KepMemoryLeakSanityCheck(), blocks);
+  EXPECT_EQ(log_.count(gone), 0u);
+  EXPECT_EQ(KepMemory::trackedBytes(), bytes);
+}
+
+TEST_F(LeakCheck, BlocksFromBeforeTrackingFreeCleanlyAndTrackedOnesAfterIt) {
+  gDiagKepAlloc.store(0);
+  void* untracked = KepMalloc(40);
+  gDiagKepAlloc.store(2);
+  void* tracked = KepMalloc(50);
+  unsigned long blocks = KepMemory::trackedBlocks();
+  unsigned long damaged = KepMemory::damagedBlocks();
+  EXPECT_EQ(KepMemory::sequenceOf(untracked), 0u);
+  KepFree(untracked);
+  EXPECT_EQ(KepMemory::trackedBlocks(), blocks) << "an untracked block is not in the registry";
+  gDiagKepAlloc.store(0);
+  KepFree(tracked);
+  EXPECT_EQ(KepMemory::trackedBlocks(), blocks - 1) << "tracking off still unlinks";
+  EXPECT_EQ(KepMemory::damagedBlocks(), damaged);
+}
+
+TEST_F(LeakCheck, AWriteBehindATrackedBlockIsReported) {
+  gDiagKepAlloc.store(0x100);
+  unsigned long damaged = KepMemory::damagedBlocks();
+  auto* p = static_cast<unsigned char*>(KepMalloc(16));
+  ASSERT_NE(p, nullptr);
+  // The guard word lies inside the system block, so this stays within memory the
+  // allocator owns.
+  p[16] ^= 0xff;
+  KepMemoryLeakSanityCheck();
+  EXPECT_EQ(KepMemory::damagedBlocks(), damaged + 1);
+  KepFree(p);
+  EXPECT_EQ(KepMemory::damagedBlocks(), damaged + 2) << "the free finds it too";
+  EXPECT_EQ(log_.count("of 16 bytes at"), 3u);
+  EXPECT_EQ(log_.count("was written past its end"), 2u);
+}
+
+TEST_F(LeakCheck, TheLastDestroyReportsADeliberatelyLeakedBlock) {
+  keptest::TempDir dir;
+  keptest::ScopedEnv env(KEP_STARTUP_OPTIONS_VARIABLE, dir.file("none.xml"));
+  Kep::init(0);
+  gDiagKepAlloc.store(2);
+  void* leaked = KepMalloc(77);
+  std::string line = liveLine(leaked, 77);
+  Kep::init(0);
+  Kep::destroy();
+  EXPECT_EQ(log_.count(line), 0u) << "only the last destroy reports";
+  Kep::destroy();
+  EXPECT_EQ(log_.count(line), 1u);
+  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
+  unsigned long blocks = KepMemory::trackedBlocks();
+  KepFree(leaked);  // still frees cleanly after the library went down
+  EXPECT_EQ(KepMemory::trackedBlocks(), blocks - 1);
+}
+
+TEST_F(LeakCheck, ManyThreadsAllocateAndFreeTrackedBlocks) {
+  gDiagKepAlloc.store(1);
+  unsigned long blocks = KepMemory::trackedBlocks();
+  unsigned long damaged = KepMemory::damagedBlocks();
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 2000;
+  std::vector<std::vector<uint64_t>> sequences(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &sequences] {
+      std::vector<void*> held;
+      for (int i = 0; i < kRounds; ++i) {
+        void* p = KepMalloc(static_cast<size_t>(i % 64));
+        sequences[t].push_back(KepMemory::sequenceOf(p));
+        held.push_back(p);
+        if (held.size() > 8) {
+          KepFree(held.front());
+          held.erase(held.begin());
+        }
+      }
+      for (void* p : held) KepFree(p);
+    });
+  }
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(KepMemory::trackedBlocks(), blocks);
+  std::set<uint64_t> unique;
+  for (auto const& s : sequences) unique.insert(s.begin(), s.end());
+  EXPECT_EQ(unique.size(), static_cast<size_t>(kThreads * kRounds));
+  EXPECT_EQ(unique.count(0), 0u);
+  EXPECT_EQ(KepMemory::damagedBlocks(), damaged);
+}
+
+}  // namespace
