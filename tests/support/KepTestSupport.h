@@ -11,6 +11,20 @@
 
 namespace keptest {
 
+// True in builds under AddressSanitizer or ThreadSanitizer, where long loops are
+// shortened to keep the suites fast.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+#else
+constexpr bool kSanitized = false;
+#endif
+
 // A body class that counts its live instances, to prove that nothing leaked and
 // nothing was freed twice.
 class CountedBody : public KepRObject {
