@@ -10,6 +10,7 @@
 #include "kep/base/KepRSharedData.h"
 #include "kep/base/KepString.h"
 #include "kep/contain/_KepOrderedSetImpl.h"
+#include "kep/xml/KepDOMDocument.h"
 
 namespace {
 
@@ -39,6 +40,9 @@ bool isHolderInTable(_KepOrderedSetImpl* t, KepObject const* holder) {
 }
 
 std::atomic<KepFactory::ServiceStarter> gServiceStarter{nullptr};
+
+// The default document's heap handle, or null; guarded by the factory lock.
+KepObject* gDefaultDoc = nullptr;
 
 // Holds the factory lock for a scope.
 class FactoryLock {
@@ -112,6 +116,10 @@ void KepFactory::destroy() {
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT, count - 1);
   if (count != 1) return;
   // The last user: whatever is still registered goes with the table.
+  if (gDefaultDoc != nullptr) {
+    gDefaultDoc->freeBridge();
+    gDefaultDoc = nullptr;
+  }
   _KepOrderedSetImpl* t = table();
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE, 0);
   KepRSharedData::set(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_MARK, 0);
@@ -217,6 +225,33 @@ KepObject KepFactory::getObjectStatic(KepString const& name, int service) {
 
 KepObject KepFactory::getObjectStatic(KepString const& name, int sub, int service) {
   return getObjectStatic(KepProcess::nameToTag(name), sub, service);
+}
+
+KepObject KepFactory::getObjectStatic(KepDOMNode& node) { return getObjectStatic(node, 0); }
+
+KepObject KepFactory::getObjectStatic(KepDOMNode& node, int sub) {
+  return getObjectStatic(node.isNull() ? 0 : node.getNodeID(), sub, 0);
+}
+
+KepDOMDocument KepFactory::getDefaultDoc() {
+  FactoryLock lock;
+  return gDefaultDoc != nullptr ? KepDOMDocument(*gDefaultDoc) : KepDOMDocument();
+}
+
+void KepFactory::setDefaultDoc(KepDOMDocument const& document) {
+  KepObject* old;
+  {
+    FactoryLock lock;
+    old = gDefaultDoc;
+    gDefaultDoc = document.isNull() ? nullptr : KepObject(document).newBridge();
+  }
+  // Outside the lock: the old document's tree may be freed with it.
+  if (old != nullptr) old->freeBridge();
+}
+
+unsigned long KepFactory::haveDefaultDoc() {
+  FactoryLock lock;
+  return gDefaultDoc != nullptr ? 1 : 0;
 }
 
 KepObject* KepFactory::newBridge(KepObject const& object) {

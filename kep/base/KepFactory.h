@@ -6,6 +6,8 @@
 #include "kep/base/KepObject.h"
 
 class KepString;
+class KepDOMNode;
+class KepDOMDocument;
 
 // One row of the factory table: the class id (the key), the id of the service
 // that provides the class (0 once a prototype is registered) and the heap handle
@@ -78,6 +80,19 @@ class KEP_API KepFactory {
   // As above with the class id KepProcess::nameToTag(name).
   static KepObject getObjectStatic(KepString const& name, int service);
   static KepObject getObjectStatic(KepString const& name, int sub, int service);
+  // As above with the class id the node's tag (its node ID) and service 0: an
+  // element named "List" gives a new list.
+  static KepObject getObjectStatic(KepDOMNode& node);
+  static KepObject getObjectStatic(KepDOMNode& node, int sub);
+
+  // The process's default document: the document nodes belong to when no
+  // document made them. Start-up makes the registered document prototype the
+  // default; a null document before that and after the last destroy().
+  static KepDOMDocument getDefaultDoc();
+  // Replaces the default document (a null document clears it).
+  static void setDefaultDoc(KepDOMDocument const& document);
+  // 1 while there is a default document.
+  static unsigned long haveDefaultDoc();
 
   // A new heap handle on the object (its own newBridge()).
   static KepObject* newBridge(KepObject const& object);

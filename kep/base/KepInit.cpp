@@ -17,6 +17,7 @@
 #include "kep/base/_KepTagTables.h"
 #include "kep/memory/KepMemory.h"
 #include "kep/multi/_KepThread.h"
+#include "kep/xml/KepDOMDocument.h"
 
 std::atomic<int> InitComplete{0};
 
@@ -83,7 +84,10 @@ bool isCoreClass(int classId) {
 void registerLibraryClass(KepLibraryClass const* c) {
   KepRObject* body = c->classId == KepClassID::TagManager ? KepRTagManager::process() : nullptr;
   if (body == nullptr) body = c->make();
+  // The registered document is also the process's default document.
+  KepDOMDocument document(c->classId == KepClassID::DOMDocument ? body : nullptr);
   KepFactory::registerInternalClass(c->classId, KepObject::newObject(), body);
+  if (!document.isNull()) KepFactory::setDefaultDoc(document);
 }
 
 void registerCoreClasses() {

@@ -1,0 +1,39 @@
+// KepRDOMCharacterData: the body of KepDOMCharacterData.
+#ifndef KEP_XML_KEPRDOMCHARACTERDATA_H
+#define KEP_XML_KEPRDOMCHARACTERDATA_H
+
+#include "kep/xml/KepDOMCharacterData.h"
+#include "kep/xml/KepRDOMChildNode.h"
+
+// Holds the text as one KepString (a null string while empty). Every change
+// builds a new string, tells the parent (an element drops its cached value) and
+// is noted for change capture.
+//
+// Thread safety: see KepDOMNode.
+class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
+  KEP_BODY_IDENTITY(DOMCharacterData, KepRDOMChildNode)
+  KEP_BODY_CREATE_ANOTHER(DOMCharacterData)
+
+ public:
+  KepRDOMCharacterData() noexcept = default;
+
+  KEP_METHODS_DOMCharacterData(KEP_DECLARE_METHOD)
+
+      KepString getNodeValue() const override;
+  void setNodeValue(KepString const& value) override;
+  void copyInto(KepRDOMNode& copy) const override;
+
+  // The text (null while empty) and its length, for the library's own readers.
+  KepString const& text() const noexcept { return data; }
+  int textLength() const noexcept;
+  // Sets the text of a node nobody has seen yet, without notes.
+  void initData(KepString const& text) { data = text; }
+
+ protected:
+  // Replaces units [from, to) by `insert` (offsets checked by the caller).
+  void splice(int from, int to, KepString const& insert);
+
+  KepString data;
+};
+
+#endif  // KEP_XML_KEPRDOMCHARACTERDATA_H

@@ -1,0 +1,69 @@
+// KepRDOMNamedNodeMap: the body of KepDOMNamedNodeMap.
+#ifndef KEP_XML_KEPRDOMNAMEDNODEMAP_H
+#define KEP_XML_KEPRDOMNAMEDNODEMAP_H
+
+#include <vector>
+
+#include "kep/base/KepRObject.h"
+#include "kep/xml/KepDOMNamedNodeMap.h"
+
+class KepRDOMNode;
+
+// The nodes in the order they were added, each counted; lookups walk the
+// array comparing tags (maps are small: an element's attributes). The owner is
+// not counted; it clears itself with ownerGone() before it dies. Derived maps
+// decide which nodes they take and what joining and leaving the map does to a
+// node (accepts, attached, detached).
+//
+// Thread safety: see KepDOMNode.
+class KEP_API KepRDOMNamedNodeMap : public KepRObject {
+  KEP_BODY_IDENTITY(DOMNamedNodeMap, KepRObject)
+  KEP_BODY_CREATE_ANOTHER(DOMNamedNodeMap)
+
+ public:
+  KepRDOMNamedNodeMap() noexcept;
+  ~KepRDOMNamedNodeMap() override;
+
+  KEP_METHODS_DOMNamedNodeMap(KEP_DECLARE_METHOD)
+
+      // --- For the owner (not bridged) ---------------------------------------------
+
+      void setOwner(KepRDOMNode* node) noexcept {
+    owner = node;
+  }
+  KepRDOMNode* ownerBody() const noexcept { return owner; }
+  // Called by the owner before it dies: every node is detached from it, and the
+  // map keeps its nodes without an owner.
+  virtual void ownerGone();
+
+  int size() const noexcept { return static_cast<int>(nodes.size()); }
+  KepRDOMNode* at(int index) const noexcept;
+  // The position of the node of that node ID (URI and local name), or -1.
+  int find(int tag) const;
+  int findNS(int uriTag, int localTag) const;
+  int indexOfBody(KepRDOMNode const* node) const noexcept;
+  // Adds `node`, replacing the node of the same node ID (with `byNS`: of the
+  // same URI and local name); a handle on the replaced node. `refused` is set
+  // when the map does not take the node (nothing changes then).
+  KepDOMNode put(KepRDOMNode* node, bool byNS, bool& refused);
+  // Removes the node at `index`; a handle on it, null when out of range.
+  KepDOMNode takeAt(int index);
+
+ protected:
+  // Whether the map takes `node`: any node but documents, fragments and
+  // attributes here.
+  virtual bool accepts(KepRDOMNode const& node) const;
+  // Called after `node` joined the map, and after it left it.
+  virtual void attached(KepRDOMNode& node);
+  virtual void detached(KepRDOMNode& node);
+
+  // The positions of a URI and local name given as strings; false when a name is
+  // not a known tag (nothing can match it).
+  static bool namespaceTags(KepString const& uri, KepString const& localName, int& uriTag,
+                            int& localTag);
+
+  std::vector<KepRDOMNode*> nodes;
+  KepRDOMNode* owner;
+};
+
+#endif  // KEP_XML_KEPRDOMNAMEDNODEMAP_H

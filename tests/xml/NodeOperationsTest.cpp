@@ -1,0 +1,285 @@
+// Copies, normalising, searches, character data, change capture, node lists and
+// outer objects in a tree.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "DOMTestSupport.h"
+
+using domtest::body;
+using domtest::checkTree;
+using domtest::newDocument;
+using domtest::text;
+
+namespace {
+
+// The names of the children of `node`, joined by spaces; text shows as its data.
+std::string childNames(KepDOMNode const& node) {
+  std::string out;
+  for (KepDOMNode c = node.getFirstChild(); !c.isNull(); c = c.getNextSibling()) {
+    if (!out.empty()) out += " ";
+    out += c.getNodeType() == KepDOMNode::TEXT_NODE ? "'" + text(c.getNodeValue()) + "'"
+                                                    : text(c.getNodeName());
+  }
+  return out;
+}
+
+// Builds <root><a k="1">x<b/>y</a><c><a/></c></root>.
+KepDOMElement sample(KepDOMDocument& doc) {
+  KepDOMElement root = doc.createElement("root");
+  KepDOMElement a = root.set("a");
+  a.setAttribute("k", "1");
+  a.appendChild(doc.createTextNode("x"));
+  a.appendChild(doc.createElement("b"));
+  a.appendChild(doc.createTextNode("y"));
+  root.set("c").set("a");
+  return root;
+}
+
+}  // namespace
+
+TEST(DOMOperations, DeepAndShallowCopies) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement root = sample(doc);
+  root.setNodePersistence(1);
+  KepDOMElement shallow(root.cloneNode(0));
+  EXPECT_FALSE(shallow.hasChildNodes());
+  EXPECT_EQ(text(shallow.getNodeName()), "root");
+  EXPECT_TRUE(shallow.getParentNode().isNull());
+  EXPECT_EQ(body(shallow.getOwnerDocument()), body(doc));
+  EXPECT_TRUE(dynamic_cast<KepRDOMNode*>(body(shallow))->isPersistent());
+  doc.appendChild(root);
+  KepDOMElement deep(root.cloneNode(1));
+  EXPECT_TRUE(deep.getParentNode().isNull());
+  int original = 0;
+  int copy = 0;
+  ASSERT_TRUE(checkTree(root, doc, original));
+  ASSERT_TRUE(checkTree(deep, doc, copy));
+  EXPECT_EQ(original, copy);
+  EXPECT_EQ(childNames(deep.get("a")), "'x' b 'y'");
+  EXPECT_EQ(text(deep.get("a").getAttribute("k")), "1");
+  EXPECT_NE(body(deep.get("a")), body(root.get("a")));
+  // Copies are independent, cached values included.
+  KepDOMElement n = root.set("n", 5);
+  KepDOMElement nCopy(n.cloneNode(1));
+  EXPECT_EQ(nCopy.getInteger(), 5);
+  EXPECT_EQ(nCopy.getDataType(), 1);
+  nCopy.setString("6");
+  EXPECT_EQ(n.getInteger(), 5);
+  // A text, a processing instruction and a whole document.
+  KepDOMText t(doc.createTextNode("words").cloneNode(0));
+  EXPECT_EQ(text(t.getData()), "words");
+  KepDOMProcessingInstruction pi(doc.createProcessingInstruction("pi", "d").cloneNode(0));
+  EXPECT_EQ(text(pi.getTarget()), "pi");
+  EXPECT_EQ(text(pi.getData()), "d");
+  KepDOMDocument docCopy(doc.cloneNode(1));
+  ASSERT_FALSE(docCopy.isNull());
+  EXPECT_NE(body(docCopy), body(doc));
+  int inCopy = 0;
+  EXPECT_TRUE(checkTree(docCopy, docCopy, inCopy)) << "the copy's nodes belong to the copy";
+  EXPECT_EQ(inCopy, original + 3);
+}
+
+TEST(DOMOperations, NormalizeMergesAdjacentTextAndDropsEmptyText) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement root = doc.createElement("root");
+  for (char const* s : {"a", "", "b", "c"}) root.appendChild(doc.createTextNode(s));
+  root.appendChild(doc.createCDATASection("cd"));
+  root.appendChild(doc.createTextNode(""));
+  KepDOMElement inner = root.set("inner");
+  inner.appendChild(doc.createTextNode("1"));
+  inner.appendChild(doc.createTextNode("2"));
+  root.appendChild(doc.createTextNode("z"));
+  root.normalize();
+  EXPECT_EQ(childNames(root), "'abc' #cdata-section inner 'z'");
+  EXPECT_EQ(childNames(inner), "'12'");
+  int count = 0;
+  EXPECT_TRUE(checkTree(root, doc, count));
+  EXPECT_EQ(count, 6);
+}
+
+TEST(DOMOperations, ElementsAreFoundByNameInDocumentOrder) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement root = sample(doc);
+  doc.appendChild(root);
+  KepDOMNodeList as = root.getElementsByTagName("a");
+  ASSERT_EQ(as.getLength(), 2);
+  EXPECT_EQ(body(as.item(0)), body(root.get("a")));
+  EXPECT_EQ(body(as.item(1)), body(root.get("c").get("a")));
+  EXPECT_EQ(as.isLive(), 0u);
+  EXPECT_EQ(root.getElementsByTagName("a", 1).getLength(), 1) << "children only";
+  EXPECT_EQ(root.getElementsByTagName("*").getLength(), 4);
+  EXPECT_EQ(root.getElementsByTagName("NotAnyName").getLength(), 0);
+  EXPECT_EQ(doc.getElementsByTagName("root").getLength(), 1);
+  EXPECT_EQ(doc.getElementsByTagName("*").getLength(), 5);
+  // A taken list does not follow later changes.
+  root.set("a");
+  EXPECT_EQ(as.getLength(), 2);
+  // By namespace.
+  KepDOMElement ns = doc.createElementNS("urn:x", "x:a");
+  root.appendChild(ns);
+  EXPECT_EQ(doc.getElementsByTagNameNS("urn:x", "a").getLength(), 1);
+  EXPECT_EQ(doc.getElementsByTagNameNS("*", "a").getLength(), 4);
+  EXPECT_EQ(doc.getElementsByTagNameNS(KepString(), "a").getLength(), 3);
+  EXPECT_EQ(doc.getElementsByTagNameNS("urn:x", "*").getLength(), 1);
+  EXPECT_EQ(doc.getElementsByTagNameNS("urn:unheard-of", "*").getLength(), 0);
+  // By id.
+  root.get("c").get("a").setAttribute("id", "target");
+  EXPECT_EQ(body(doc.getElementById("target")), body(root.get("c").get("a")));
+  EXPECT_TRUE(doc.getElementById("other").isNull());
+  // The list's own changers change only the list.
+  KepDOMNodeList taken = doc.getElementsByTagName("a");
+  ASSERT_EQ(taken.getLength(), 3);
+  EXPECT_EQ(taken.append(doc.createComment("c")), 1u);
+  EXPECT_EQ(taken.getLength(), 4);
+  EXPECT_EQ(text(taken.removeAt(0).getNodeName()), "a");
+  EXPECT_FALSE(root.get("a").isNull()) << "the node itself stays in the tree";
+  EXPECT_EQ(taken.insertAt(0, root), 1u);
+  EXPECT_EQ(body(taken.getFirst()), body(root));
+  EXPECT_EQ(text(taken.set(0, ns).getNodeName()), "root");
+  taken.clear();
+  EXPECT_EQ(taken.isEmpty(), 1u);
+}
+
+TEST(DOMOperations, CharacterDataIsEditedByUnits) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement parent = doc.createElement("p");
+  KepDOMText t = doc.createTextNode("Hello world");
+  parent.appendChild(t);
+  EXPECT_EQ(t.getLength(), 11);
+  EXPECT_EQ(text(t.substringData(6, 100)), "world");
+  EXPECT_EQ(text(t.substringData(11, 1)), "");
+  EXPECT_TRUE(t.substringData(12, 1).isNull());
+  EXPECT_TRUE(t.substringData(-1, 1).isNull());
+  t.insertData(5, ",");
+  t.appendData("!");
+  EXPECT_EQ(text(t.getData()), "Hello, world!");
+  t.replaceData(7, 5, "there");
+  EXPECT_EQ(text(t.getNodeValue()), "Hello, there!");
+  t.deleteData(5, 1000);
+  EXPECT_EQ(text(t.getData()), "Hello");
+  t.deleteData(9, 1);
+  t.insertData(-1, "x");
+  t.replaceData(2, -1, "x");
+  EXPECT_EQ(text(t.getData()), "Hello");
+  EXPECT_EQ(t.isIgnorableWhitespace(), 0u);
+  KepDOMText blank = doc.createTextNode(" \t\r\n");
+  EXPECT_EQ(blank.isIgnorableWhitespace(), 1u);
+  // Splitting puts the tail right after the node.
+  parent.appendChild(doc.createElement("after"));
+  KepDOMText tail = t.splitText(2);
+  EXPECT_EQ(text(t.getData()), "He");
+  EXPECT_EQ(text(tail.getData()), "llo");
+  EXPECT_EQ(childNames(parent), "'He' 'llo' after");
+  EXPECT_TRUE(t.splitText(3).isNull());
+  KepDOMCDATASection cdata = doc.createCDATASection("abcd");
+  KepDOMText cdataTail = cdata.splitText(4);
+  EXPECT_EQ(cdataTail.getNodeType(), KepDOMNode::CDATA_SECTION_NODE);
+  EXPECT_EQ(cdataTail.getLength(), 0);
+  EXPECT_TRUE(cdataTail.getParentNode().isNull());
+  KepDOMProcessingInstruction pi = doc.createProcessingInstruction("go", "now");
+  pi.setNodeValue("later");
+  EXPECT_EQ(text(pi.getData()), "later");
+  EXPECT_TRUE(doc.createProcessingInstruction("", "x").isNull());
+  KepDOMComment note = doc.createComment("note");
+  EXPECT_EQ(text(note.toString()), "note");
+  EXPECT_EQ(note.equals(note), 1u);
+  EXPECT_EQ(note.equals(doc.createComment("note")), 0u);
+}
+
+TEST(DOMOperations, ChangesAreCapturedBelowTheCapturingNode) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement root = doc.createElement("root");
+  KepDOMElement a = root.set("a");
+  EXPECT_TRUE(root.getChanges().isNull());
+  root.captureChangesON();
+  EXPECT_EQ(root.capturingChanges(), 1u);
+  KepDOMElement b = a.set("b");
+  a.setAttribute("k", "v");
+  b.setNodeName("renamed");
+  root.removeChild(a);
+  a.set("c");  // a is no longer below root
+  root.captureChangesOFF();
+  root.set("d");
+  EXPECT_EQ(root.capturingChanges(), 0u);
+  KepDOMElement log = root.getChanges();
+  ASSERT_FALSE(log.isNull());
+  EXPECT_EQ(text(log.getNodeName()), "Changes");
+  std::string seen;
+  for (KepDOMNode r = log.getFirstChild(); !r.isNull(); r = r.getNextSibling()) {
+    KepDOMElement record(r);
+    seen += text(record.getNodeName()) + "(" + text(record.getString("Path")) + "," +
+            text(record.getString("Node")) + ") ";
+  }
+  EXPECT_EQ(seen,
+            "ChildInserted(a,b) AttributeChanged(a,k) NameChanged(a.renamed,renamed) "
+            "ChildRemoved(,a) ");
+  // A fresh start clears the log; the log itself is a plain element.
+  root.captureChangesON();
+  EXPECT_FALSE(root.getChanges().hasChildNodes());
+  root.getChanges().set("x");
+  root.captureChangesOFF();
+}
+
+TEST(DOMOperations, RepeatingListsShowTheOccurrencesOfOneValue) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement e = doc.createElement("e");
+  int item = KepNameToTag("Item");
+  e.set(item, 0);
+  e.set("Other", 9);
+  e.set(item, 1, 1);
+  KepDOMRepeatingNodeList items(KepGetObject(KepClassID::DOMRepeatingNodeList, 0));
+  EXPECT_EQ(items.getLength(), 0);
+  EXPECT_TRUE(items.addOccurrence().isNull()) << "not attached yet";
+  items.attach(e, item);
+  EXPECT_EQ(items.isLive(), 1u);
+  EXPECT_EQ(items.getTag(), item);
+  EXPECT_EQ(body(items.getParentElement()), body(e));
+  ASSERT_EQ(items.getLength(), 2);
+  EXPECT_EQ(KepDOMElement(items.item(1)).getInteger(), 1);
+  // Added occurrences follow the last one, not the other value.
+  KepDOMElement added = items.addOccurrence();
+  added.setString("2");
+  EXPECT_EQ(childNames(e), "Item Other Item Item");
+  EXPECT_EQ(body(e.get(item, 2)), body(added));
+  e.set(item, 3, 3);
+  EXPECT_EQ(items.getLength(), 4) << "the list is live";
+  EXPECT_EQ(items.append(doc.createElement("Other")), 0u) << "only occurrences fit";
+  EXPECT_EQ(KepDOMElement(items.removeOccurrence(0)).getInteger(), 0);
+  EXPECT_TRUE(items.removeOccurrence(7).isNull());
+  // Renaming a child takes it out of the list.
+  e.get(item, 0).setNodeName("Gone");
+  EXPECT_EQ(items.getLength(), 2);
+  EXPECT_EQ(items.clearOccurrences(), 2);
+  EXPECT_EQ(childNames(e), "Other Gone");
+  items.setTag(KepNameToTag("Other"));
+  EXPECT_EQ(items.getLength(), 1);
+  items.attach(KepDOMElement(), item);
+  EXPECT_EQ(items.isLive(), 0u);
+}
+
+namespace {
+
+// A caller's element class: calls made through the tree's handles reach it.
+class Greeting : public KepDOMElement {
+ public:
+  Greeting() : KepDOMElement(nullptr, KepClassIdArg(KepClassID::DOMElement)) {}
+  unsigned long isBridge() const override { return 0; }
+  KepString toString() const override { return KepString("hello"); }
+};
+
+}  // namespace
+
+TEST(DOMOperations, TreeHandlesReachOuterObjects) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement parent = doc.createElement("p");
+  {
+    auto* greeting = new Greeting();
+    parent.appendChild(*greeting);
+  }
+  EXPECT_EQ(text(parent.getFirstChild().toString()), "hello");
+  EXPECT_EQ(text(parent.getElementsByTagName("*").item(0).toString()), "hello");
+  EXPECT_EQ(text(parent.getFirstChild().getNodeName()), "DomElement");
+  // Dropping the tree frees the outer object with its body (no leak under the
+  // sanitizers).
+}
