@@ -94,10 +94,7 @@ KepRDOMNode::KepRDOMNode() noexcept
       localID(0),
       uriID(0),
       nodeFlags(0),
-      capture(nullptr) {
-  // No owner thread: bracketed calls lock only once lock() made the semaphore.
-  ownerOrLock.store(0, std::memory_order_relaxed);
-}
+      capture(nullptr) {}
 
 KepRDOMNode::~KepRDOMNode() {
   if (capture != nullptr) {

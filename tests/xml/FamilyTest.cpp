@@ -1,6 +1,8 @@
 // Bridge families, class identity, factory creation and node type codes.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "DOMTestSupport.h"
 
 using domtest::text;
@@ -166,15 +168,18 @@ TEST(DOMFamilies, StartUpMakesTheRegisteredDocumentTheDefault) {
   KepFactory::setDefaultDoc(def);
 }
 
-TEST(DOMFamilies, NodesMakeNoLockUntilAskedFor) {
+TEST(DOMFamilies, NodesFollowTheLazyLockRule) {
   KepDOMDocument doc = domtest::newDocument();
   KepDOMElement root = doc.createElement("Root");
+  KepDOMElement other = doc.createElement("Other");
+  // A foreign thread's bracketed call makes no semaphore.
+  std::thread([&] { other.appendChild(doc.createElement("Child")); }).join();
+  EXPECT_FALSE(other.getRealKepObj()->hasSemaphore());
+  // The creating thread's first bracketed call does.
   doc.appendChild(root);
   for (int i = 0; i < 10; ++i) root.appendChild(doc.createElement("Child"));
-  EXPECT_FALSE(root.getRealKepObj()->hasSemaphore());
-  EXPECT_FALSE(doc.getRealKepObj()->hasSemaphore());
-  EXPECT_EQ(root.lock(), 1);
   EXPECT_TRUE(root.getRealKepObj()->hasSemaphore());
+  EXPECT_EQ(root.lock(), 1);
   root.appendChild(doc.createElement("Child"));  // the bracket takes the recursive lock again
   root.unlock();
   EXPECT_EQ(KepDOMParentNode(root).getChildCount(), 11);
