@@ -13,21 +13,12 @@
 #include <string>
 
 #include "kep/Kep.h"
+#include "support/KepTestSupport.h"
 
 namespace datetest {
 
 // Sanitized builds run the sampled checks on fewer samples.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
+using keptest::kSanitized;
 
 inline long scaled(long normal, long sanitized) { return kSanitized ? sanitized : normal; }
 
