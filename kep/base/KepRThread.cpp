@@ -188,9 +188,8 @@ void KepRThread::popError() {
 KepDOMElement KepRThread::getErrors() const { return errors; }
 
 void KepRThread::logErrors() {
-  // First the event "LogError" is to be published, so that its subscribers can
-  // record the errors; the call goes here once the library has events:
-  //   publish an event of action "LogError" from this thread object.
+  // The event "LogError", which lets subscribers record the errors first, is
+  // not published yet: the library has no events so far.
   if (errors.isNull() || errors.hasChildNodes() == 0) return;
   KepProcess::logDebugString("Unexpected Error:");
   for (KepDOMNode error = errors.getFirstChild(KepDOMNode::ELEMENT_NODE); !error.isNull();
