@@ -114,10 +114,10 @@
 #include "kep/xml/KepRDOMText.h"
 #include "kep/xml/KepVisitor.h"
 #include "kep/xml/KepXMLParser.h"
+#include "kep/xml/KepXMLSimpleParser.h"
 #include "kep/xml/KepXPointer.h"
 #include "kep/xml/_KepDOMDocAnchor.h"
 #include "kep/xml/_KepDOMValue.h"
-#include "kep/xml/KepXMLSimpleParser.h"
 
 // Events
 #include "kep/base/KepEvent.h"
@@ -147,6 +147,8 @@
 #include "kep/base/KepRThread.h"
 #include "kep/base/KepRunnable.h"
 #include "kep/base/KepThread.h"
+#include "kep/base/KepThreadError.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepRunnableWrapper.h"
 #include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepSemaphore.h"
