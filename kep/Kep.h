@@ -115,6 +115,7 @@
 #include "kep/xml/KepVisitor.h"
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLSimpleParser.h"
+#include "kep/xml/_KepXMLSimpleTree.h"
 #include "kep/xml/KepXPointer.h"
 #include "kep/xml/_KepDOMDocAnchor.h"
 #include "kep/xml/_KepDOMValue.h"
@@ -153,5 +154,9 @@
 #include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
+
+// Configuration
+#include "kep/base/KepConfiguration.h"
+#include "kep/base/KepRConfiguration.h"
 
 #endif  // KEP_KEP_H
