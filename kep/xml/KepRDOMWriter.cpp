@@ -1,0 +1,662 @@
+#include "kep/xml/KepRDOMWriter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <string>
+#include <unordered_set>
+
+#include "kep/base/KepFactory.h"
+#include "kep/base/KepRString.h"
+#include "kep/io/KepRIOStream.h"
+#include "kep/xml/KepDOM.h"
+#include "kep/xml/KepRDOMAttribute.h"
+#include "kep/xml/KepRDOMAttributeList.h"
+#include "kep/xml/KepRDOMElement.h"
+#include "kep/xml/KepRDOMParentNode.h"
+
+// A compiled view: the element and attribute names of the view document's
+// "Include", "IncludeAttribute" and "Publish" children, as tags.
+struct _KepDOMWriterView {
+  bool hasInclude = false;
+  std::unordered_set<int> include;
+  bool hasIncludeAttribute = false;
+  // Attribute name tag -> the "notvalue" text (a null string when there is none).
+  std::unordered_map<int, KepString> includeAttribute;
+  bool hasPublish = false;
+  std::unordered_set<int> publish;
+};
+
+namespace {
+
+constexpr size_t kBufferSize = 64 * 1024;
+// The longest replacement an escaped byte gets ("&amp;").
+constexpr size_t kMaxEscape = 5;
+
+// The replacement of each byte in text, or null for the byte itself.
+struct EscapeTable {
+  char const* text[256];
+  unsigned char length[256];
+  EscapeTable() : text(), length() {
+    text['<'] = "&lt;";
+    length['<'] = 4;
+    text['>'] = "&gt;";
+    length['>'] = 4;
+    text['&'] = "&amp;";
+    length['&'] = 5;
+  }
+};
+EscapeTable const kEscape;
+
+KepRDOMElement* elementBody(KepObject const& handle) {
+  KepRDOMNode* node = KepRDOMNode::of(handle);
+  return node != nullptr ? node->asElement() : nullptr;
+}
+
+KepRString const* stringBody(KepString const& text) { return KepRString::of(text); }
+
+// Process-wide table of named views for setView(service, name, reserved).
+struct ViewRegistry {
+  std::mutex lock;
+  std::map<std::u16string, void*> views;
+
+  static ViewRegistry& get() {
+    static ViewRegistry* registry = new ViewRegistry();  // lives until the process ends
+    return *registry;
+  }
+  static std::u16string key(KepString const& service, KepString const& name) {
+    std::u16string k;
+    for (KepString const* part : {&service, &name}) {
+      if (KepRString const* body = stringBody(*part)) {
+        k.append(reinterpret_cast<char16_t const*>(body->units()),
+                 static_cast<size_t>(body->unitCount()));
+      }
+      k.push_back(u'\0');
+    }
+    return k;
+  }
+};
+
+}  // namespace
+
+// --- Output buffer ----------------------------------------------------------------
+
+KepRDOMWriter::Output::Output(size_t size)
+    : data(new char[std::max<size_t>(size, kMaxEscape)]),
+      used(0),
+      capacity(std::max<size_t>(size, kMaxEscape)) {}
+
+void KepRDOMWriter::Output::flush() {
+  if (used == 0) return;
+  // Failing writes are the stream's concern: the bytes are given once.
+  stream.write(reinterpret_cast<signed char*>(data.get()), 0, static_cast<int>(used));
+  used = 0;
+}
+
+void KepRDOMWriter::Output::put(char const* bytes, size_t count) {
+  if (count > capacity - used) {
+    flush();
+    if (count >= capacity) {
+      while (count > 0) {
+        int piece = static_cast<int>(std::min<size_t>(count, 0x40000000));
+        stream.write(reinterpret_cast<signed char*>(const_cast<char*>(bytes)), 0, piece);
+        bytes += piece;
+        count -= static_cast<size_t>(piece);
+      }
+      return;
+    }
+  }
+  std::memcpy(data.get() + used, bytes, count);
+  used += count;
+}
+
+void KepRDOMWriter::Output::putNarrow(unsigned short const* units, size_t count) {
+  while (count > 0) {
+    if (used == capacity) flush();
+    size_t n = std::min(count, capacity - used);
+    char* to = data.get() + used;
+    for (size_t i = 0; i < n; ++i) to[i] = static_cast<char>(units[i]);
+    used += n;
+    units += n;
+    count -= n;
+  }
+}
+
+size_t KepRDOMWriter::Output::putEscaped(unsigned short const* units, size_t count) {
+  size_t produced = 0;
+  while (count > 0) {
+    // Room for the worst case of every unit of this piece.
+    size_t n = std::min(count, (capacity - used) / kMaxEscape);
+    if (n == 0) {
+      flush();
+      continue;
+    }
+    char* start = data.get() + used;
+    char* to = start;
+    for (size_t i = 0; i < n; ++i) {
+      unsigned char byte = static_cast<unsigned char>(units[i]);
+      if (kEscape.length[byte] == 0) {
+        *to++ = static_cast<char>(byte);
+      } else {
+        std::memcpy(to, kEscape.text[byte], kEscape.length[byte]);
+        to += kEscape.length[byte];
+      }
+    }
+    size_t wrote = static_cast<size_t>(to - start);
+    used += wrote;
+    produced += wrote;
+    units += n;
+    count -= n;
+  }
+  return produced;
+}
+
+// --- Print scope --------------------------------------------------------------------
+
+class KepRDOMWriter::PrintScope {
+ public:
+  explicit PrintScope(KepRDOMWriter& writer) : w(writer), outermost(writer.depth == 0) {
+    if (outermost) {
+      handle = _KepDOMHandle<KepDOMWriter>(&w);
+      w.self = &handle;
+      w.bindings.clear();
+      w.frames.clear();
+      w.tagDt = KepRDOMNode::tagOf(KepString("dt"));
+      w.tagXs = KepRDOMNode::tagOf(KepString("xs"));
+    }
+    ++w.depth;
+  }
+  ~PrintScope() {
+    --w.depth;
+    if (outermost) {
+      w.out.flush();
+      w.bindings.clear();
+      w.frames.clear();
+      w.hookElement = nullptr;
+      w.self = nullptr;
+    }
+  }
+  PrintScope(PrintScope const&) = delete;
+  PrintScope& operator=(PrintScope const&) = delete;
+
+ private:
+  KepRDOMWriter& w;
+  bool outermost;
+  KepDOMWriter handle;
+};
+
+// --- Life ---------------------------------------------------------------------------
+
+KepRDOMWriter::KepRDOMWriter()
+    : out(kBufferSize),
+      state(0),
+      hasChildren(0),
+      view(nullptr),
+      self(nullptr),
+      depth(0),
+      hookElement(nullptr),
+      hookOn(false),
+      tagDt(0),
+      tagXs(0) {}
+
+KepRDOMWriter::~KepRDOMWriter() = default;
+
+KepRDOMWriter::TagName const& KepRDOMWriter::tagName(int tag) {
+  auto found = names.find(tag);
+  if (found != names.end()) return found->second;
+  TagName entry;
+  entry.name = KepRDOMNode::nameOf(tag);
+  entry.bytes = KepRIOStream::narrow(entry.name);
+  return names.emplace(tag, std::move(entry)).first->second;
+}
+
+void KepRDOMWriter::putString(KepString const& text) {
+  if (KepRString const* body = stringBody(text)) {
+    out.putNarrow(body->units(), static_cast<size_t>(body->unitCount()));
+  }
+}
+
+unsigned long KepRDOMWriter::askHook(KepRDOMNode* node, int s) {
+  state = s;
+  if (self == nullptr) return 0;
+  if (KepObject* outer = node->getRealOuterObj()) {
+    if (auto* outerNode = dynamic_cast<KepDOMNode*>(outer)) return outerNode->serializeAsXML(*self);
+  }
+  return node->serializeAsXML(*self);
+}
+
+unsigned long KepRDOMWriter::elementStep(int s) {
+  if (!hookOn || hookElement == nullptr) {
+    state = s;
+    return 0;
+  }
+  return askHook(hookElement, s);
+}
+
+// --- Bridged operations -----------------------------------------------------------
+
+unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node, KepIOStream& stream) {
+  // What an enclosing print buffered belongs to the stream it was writing to.
+  out.flush();
+  out.setStream(stream);
+  return serializeAsXML(node);
+}
+
+unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node) {
+  if (KepRDOMNode::of(node) == nullptr) return 0;
+  PrintScope scope(*this);
+  print(node);
+  return 1;
+}
+
+int KepRDOMWriter::write(KepString const& text) {
+  KepRString const* body = stringBody(text);
+  if (body == nullptr) return 0;
+  out.putNarrow(body->units(), static_cast<size_t>(body->unitCount()));
+  if (depth == 0) out.flush();
+  return body->unitCount();
+}
+
+int KepRDOMWriter::write(signed char* buffer, int offset, int length) {
+  if (!KepRIOStream::validRange(buffer, offset, length)) return 0;
+  out.put(reinterpret_cast<char const*>(buffer + offset), static_cast<size_t>(length));
+  if (depth == 0) out.flush();
+  return length;
+}
+
+int KepRDOMWriter::into(KepIOStream& source, int length, unsigned long close) {
+  out.flush();
+  return source.into(out.target(), length, close);
+}
+
+int KepRDOMWriter::getState() const { return state; }
+
+void KepRDOMWriter::notifyElementBegin(unsigned long children) {
+  if (children != 0) {
+    out.put('>');
+  } else {
+    out.put("/>", 2);
+  }
+  hasChildren = children;
+  if (depth == 0) out.flush();
+}
+
+void KepRDOMWriter::notifyElementEnd(unsigned long children) { hasChildren = children; }
+
+int KepRDOMWriter::normalizedWrite(KepString const& text) {
+  KepRString const* body = stringBody(text);
+  if (body == nullptr) return 0;
+  size_t produced = out.putEscaped(body->units(), static_cast<size_t>(body->unitCount()));
+  if (depth == 0) out.flush();
+  return static_cast<int>(produced);
+}
+
+void KepRDOMWriter::setView(KepString const& service, KepString const& name, int /*reserved*/) {
+  ViewRegistry& registry = ViewRegistry::get();
+  std::lock_guard<std::mutex> guard(registry.lock);
+  auto found = registry.views.find(ViewRegistry::key(service, name));
+  view = found != registry.views.end() ? static_cast<_KepDOMWriterView*>(found->second) : nullptr;
+}
+
+void KepRDOMWriter::setView(void* compiled) { view = static_cast<_KepDOMWriterView*>(compiled); }
+
+// --- Printing ---------------------------------------------------------------------
+
+void KepRDOMWriter::printChildren(KepRDOMNode* node) {
+  KepRDOMParentNode* parentNode = node->asParent();
+  if (parentNode == nullptr) return;
+  for (KepRDOMNode* child = parentNode->firstBody(); child != nullptr; child = child->nextBody()) {
+    // The handle keeps the child alive while it prints.
+    KepDOMNode handle = _KepDOMHandle<KepDOMNode>(child);
+    print(handle);
+  }
+}
+
+void KepRDOMWriter::print(KepDOMNode& node) {
+  KepRDOMNode* body = KepRDOMNode::of(node);
+  if (body == nullptr) return;
+  PrintScope scope(*this);
+  switch (body->getNodeType()) {
+    case KepDOMNode::DOCUMENT_NODE:
+      if (!askHook(body, KepDOMWriter::DOCUMENT_BEGIN)) out.put("<?xml version=\"1.0\"?>", 21);
+      if (!askHook(body, KepDOMWriter::DOCUMENT_BEFORE_CHILDREN)) printChildren(body);
+      askHook(body, KepDOMWriter::DOCUMENT_AFTER_CHILDREN);
+      askHook(body, KepDOMWriter::DOCUMENT_END);
+      break;
+    case KepDOMNode::ELEMENT_NODE: {
+      KepDOMElement element(node);
+      int tag = body->nodeTag();
+      nsStackPush();
+      if (_shouldPrintElement(element, tag)) _printElement(element, tag);
+      nsStackPop();
+      break;
+    }
+    case KepDOMNode::TEXT_NODE: {
+      KepDOMText text(node);
+      KepString value = body->getNodeValue();
+      if (_shouldPrintText(text, value)) _printText(text, value);
+      break;
+    }
+    case KepDOMNode::CDATA_SECTION_NODE:
+      if (!askHook(body, KepDOMWriter::CDATA_BEFORE)) {
+        out.put("<![CDATA[", 9);
+        putString(body->getNodeValue());
+        out.put("]]>", 3);
+      }
+      askHook(body, KepDOMWriter::CDATA_AFTER);
+      break;
+    case KepDOMNode::COMMENT_NODE:
+      if (!askHook(body, KepDOMWriter::COMMENT_BEFORE)) {
+        out.put("<!--", 4);
+        putString(body->getNodeValue());
+        out.put("-->", 3);
+      }
+      askHook(body, KepDOMWriter::COMMENT_AFTER);
+      break;
+    case KepDOMNode::PROCESSING_INSTRUCTION_NODE:
+      if (!askHook(body, KepDOMWriter::PI_BEFORE)) {
+        out.put("<?", 2);
+        std::string const& target = tagName(body->nodeTag()).bytes;
+        out.put(target.data(), target.size());
+        KepString value = body->getNodeValue();
+        if (!value.isNull() && value.length() > 0) {
+          out.put(' ');
+          putString(value);
+        }
+        out.put("?>", 2);
+      }
+      askHook(body, KepDOMWriter::PI_AFTER);
+      break;
+    default:
+      break;  // attributes, fragments, document types, entities, notations
+  }
+}
+
+void KepRDOMWriter::_printElement(KepDOMElement& element, int tag) {
+  if (_transformNode(element, tag)) return;
+  KepRDOMNode* body = KepRDOMNode::of(element);
+  _doPrintElement(element, body != nullptr ? body->nodeTag() : tag);
+}
+
+void KepRDOMWriter::_doPrintElement(KepDOMElement& element, int tag) {
+  KepRDOMElement* body = elementBody(element);
+  if (body == nullptr) return;
+  KepRDOMElement* outerElement = hookElement;
+  bool outerHookOn = hookOn;
+  hookElement = body;
+  hookOn = false;
+  bool hooks = askHook(body, KepDOMWriter::ELEMENT_TRANSFORM) != 0;
+  hookOn = hooks;
+
+  if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_OPEN)) out.put('<');
+  if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_NAME)) {
+    std::string const& name = tagName(tag).bytes;
+    out.put(name.data(), name.size());
+  }
+
+  KepRDOMAttributeList* attributes = body->existingAttributes();
+  int attributeCount = attributes != nullptr ? attributes->size() : 0;
+  if (attributeCount > 0) registerDeclaredNamespaces(body);
+  if (needsDeclaration(body->prefixTag(), body->uriTag()) &&
+      !elementStep(KepDOMWriter::ELEMENT_BEFORE_NAMESPACE)) {
+    printNamespaceDecl(element);
+  }
+
+  if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_ATTRIBUTES)) {
+    for (int i = 0; i < attributeCount && i < attributes->size(); ++i) {
+      KepRDOMNode* item = attributes->at(i);
+      KepDOMAttribute attribute = _KepDOMHandle<KepDOMAttribute>(item);
+      KepString name = tagName(item->nodeTag()).name;
+      KepString value = item->getNodeValue();
+      if (_shouldPrintAttribute(element, attribute, name, value)) {
+        _printAttribute(element, attribute, name, value);
+      }
+    }
+  }
+
+  int classId = body->getClassID();
+  if (classId != KepClassID::DOMElement && body->findAttribute(tagDt) == nullptr) {
+    KepDOMAttribute none;
+    KepString name = tagName(tagDt).name;
+    KepString value = tagName(classId).name;
+    if (_shouldPrintAttribute(element, none, name, value)) {
+      _printAttribute(element, none, name, value);
+    }
+  }
+
+  int service = body->getService();
+  if (service != 0 && body->findAttribute(tagXs) == nullptr) {
+    KepDOMAttribute none;
+    KepString name = tagName(tagXs).name;
+    KepString value = tagName(service).name;
+    if (_shouldPrintAttribute(element, none, name, value)) {
+      out.put(" xs=\"", 5);
+      putString(value);
+      out.put('"');
+    }
+  }
+
+  hasChildren = 0;
+  if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_CHILDREN)) {
+    if (body->firstBody() != nullptr) {
+      notifyElementBegin(1);
+      printChildren(body);
+      hookElement = body;
+      hookOn = hooks;
+      notifyElementEnd(1);
+      elementStep(KepDOMWriter::ELEMENT_AFTER_CHILDREN);
+    } else {
+      notifyElementBegin(0);
+    }
+  }
+  if (hasChildren != 0 && !elementStep(KepDOMWriter::ELEMENT_BEFORE_END_TAG)) {
+    out.put("</", 2);
+    std::string const& name = tagName(tag).bytes;
+    out.put(name.data(), name.size());
+    out.put('>');
+  }
+  hookElement = outerElement;
+  hookOn = outerHookOn;
+}
+
+void KepRDOMWriter::_printAttribute(KepDOMElement& /*element*/, KepDOMAttribute& attribute,
+                                    KepString& name, KepString& value) {
+  if (!elementStep(KepDOMWriter::ATTRIBUTE_BEFORE)) {
+    out.put(' ');
+    putString(name);
+    out.put("=\"", 2);
+    putString(value);  // attribute values are written as they stand
+    out.put('"');
+  }
+  if (!elementStep(KepDOMWriter::ATTRIBUTE_AFTER)) {
+    KepRDOMNode* node = KepRDOMNode::of(attribute);
+    if (node != nullptr && node->prefixTag() != 0 && node->uriTag() != 0 &&
+        needsDeclaration(node->prefixTag(), node->uriTag())) {
+      if (hookElement != nullptr) {
+        KepDOMElement owner = _KepDOMHandle<KepDOMElement>(hookElement);
+        printNamespaceDecl(owner, attribute);
+      } else {
+        printNamespaceDecl(attribute);
+      }
+    }
+  }
+}
+
+unsigned long KepRDOMWriter::_shouldPrintText(KepDOMText& /*text*/, KepString& /*value*/) {
+  return 1;
+}
+
+void KepRDOMWriter::_printText(KepDOMText& text, KepString& value) {
+  KepRDOMNode* node = KepRDOMNode::of(text);
+  if (node == nullptr) return;
+  if (!askHook(node, KepDOMWriter::TEXT_BEFORE)) {
+    if (KepRString const* body = stringBody(value)) {
+      out.putEscaped(body->units(), static_cast<size_t>(body->unitCount()));
+    }
+  }
+  askHook(node, KepDOMWriter::TEXT_AFTER);
+}
+
+// --- Views --------------------------------------------------------------------------
+
+unsigned long KepRDOMWriter::_shouldPrintElement(KepDOMElement& /*element*/, int tag) {
+  if (view == nullptr || !view->hasInclude) return 1;
+  return view->include.count(tag) != 0 ? 1 : 0;
+}
+
+unsigned long KepRDOMWriter::_shouldPrintAttribute(KepDOMElement& /*element*/,
+                                                   KepDOMAttribute& /*attribute*/, KepString& name,
+                                                   KepString& value) {
+  if (view == nullptr || !view->hasIncludeAttribute) return 1;
+  auto found = view->includeAttribute.find(KepRDOMNode::knownTagOf(name));
+  if (found == view->includeAttribute.end()) return 0;
+  KepString const& notValue = found->second;
+  if (notValue.isNull()) return 1;
+  KepString text = value.isNull() ? KepString("") : value;
+  return notValue.indexOf(text) >= 0 ? 0 : 1;
+}
+
+unsigned long KepRDOMWriter::_transformNode(KepDOMElement& /*element*/, int /*tag*/) {
+  // Elements named under the view's "Publish" are to be offered to subscribers
+  // as a "PreSerializeNode" event, whose "NodeOut" or "NewNodes" parameters
+  // would be printed in their place. Events are not part of the library yet,
+  // so every element is printed as it is.
+  return 0;
+}
+
+void* KepRDOMWriter::compileView(KepDOMDocument& document) {
+  KepRDOMElement* root = elementBody(document.getDocumentElement());
+  if (root == nullptr) return nullptr;
+  auto* compiled = new _KepDOMWriterView();
+  int includeTag = KepRDOMNode::tagOf(KepString("Include"));
+  int includeAttributeTag = KepRDOMNode::tagOf(KepString("IncludeAttribute"));
+  int publishTag = KepRDOMNode::tagOf(KepString("Publish"));
+  int notValueTag = KepRDOMNode::tagOf(KepString("notvalue"));
+  for (KepRDOMNode* part = root->firstBody(); part != nullptr; part = part->nextBody()) {
+    KepRDOMElement* section = part->asElement();
+    if (section == nullptr) continue;
+    int sectionTag = section->nodeTag();
+    for (KepRDOMNode* item = section->firstBody(); item != nullptr; item = item->nextBody()) {
+      KepRDOMElement* entry = item->asElement();
+      if (entry == nullptr) continue;
+      if (sectionTag == includeTag) {
+        compiled->include.insert(entry->nodeTag());
+      } else if (sectionTag == includeAttributeTag) {
+        KepRDOMAttribute* notValue = entry->findAttribute(notValueTag);
+        compiled->includeAttribute[entry->nodeTag()] =
+            notValue != nullptr ? notValue->getNodeValue() : KepString();
+      } else if (sectionTag == publishTag) {
+        compiled->publish.insert(entry->nodeTag());
+      }
+    }
+    if (sectionTag == includeTag) compiled->hasInclude = true;
+    if (sectionTag == includeAttributeTag) compiled->hasIncludeAttribute = true;
+    if (sectionTag == publishTag) compiled->hasPublish = true;
+  }
+  return compiled;
+}
+
+void KepRDOMWriter::freeView(void* compiled) { delete static_cast<_KepDOMWriterView*>(compiled); }
+
+void KepRDOMWriter::registerView(KepString const& service, KepString const& name, void* compiled) {
+  ViewRegistry& registry = ViewRegistry::get();
+  std::lock_guard<std::mutex> guard(registry.lock);
+  std::u16string key = ViewRegistry::key(service, name);
+  if (compiled == nullptr) {
+    registry.views.erase(key);
+  } else {
+    registry.views[key] = compiled;
+  }
+}
+
+// --- Namespaces ---------------------------------------------------------------------
+
+void KepRDOMWriter::nsStackPush() { frames.push_back(bindings.size()); }
+
+void KepRDOMWriter::nsStackPop() {
+  if (frames.empty()) return;
+  bindings.resize(frames.back());
+  frames.pop_back();
+}
+
+void KepRDOMWriter::registerNS(KepString const& prefix, KepString const& uri) {
+  if (frames.empty()) nsStackPush();
+  bindings.emplace_back(prefix.isNull() ? KepString("") : prefix,
+                        uri.isNull() ? KepString("") : uri);
+}
+
+KepString KepRDOMWriter::lookupNS(KepString const& prefix) const {
+  KepString wanted = prefix.isNull() ? KepString("") : prefix;
+  for (auto binding = bindings.rbegin(); binding != bindings.rend(); ++binding) {
+    if (binding->first.equals(wanted)) return binding->second;
+  }
+  return KepString();
+}
+
+void KepRDOMWriter::registerDeclaredNamespaces(KepRDOMElement* element) {
+  static char const kXmlns[] = "xmlns";
+  KepRDOMAttributeList* attributes = element->existingAttributes();
+  for (int i = 0; i < attributes->size(); ++i) {
+    KepRDOMNode* item = attributes->at(i);
+    TagName const& name = tagName(item->nodeTag());
+    if (name.bytes.compare(0, 5, kXmlns) != 0) continue;
+    if (name.bytes.size() == 5) {
+      registerNS(KepString(""), item->getNodeValue());
+    } else if (name.bytes[5] == ':') {
+      registerNS(name.name.substring(6), item->getNodeValue());
+    }
+  }
+}
+
+bool KepRDOMWriter::needsDeclaration(int prefixTag, int uriTag) {
+  if (uriTag == 0) {
+    // No namespace: only an element inside a default namespace needs one
+    // (xmlns="" takes the default away).
+    if (prefixTag != 0 || bindings.empty()) return false;
+    KepString current = lookupNS(KepString(""));
+    return !current.isNull() && current.length() > 0;
+  }
+  std::string const& prefix = tagName(prefixTag).bytes;
+  if (prefix == "xml" || prefix == "xmlns") return false;  // bound by XML itself
+  KepString current = lookupNS(tagName(prefixTag).name);
+  return current.isNull() || !current.equals(tagName(uriTag).name);
+}
+
+void KepRDOMWriter::writeDeclaration(int prefixTag, int uriTag) {
+  TagName const& prefix = tagName(prefixTag);
+  TagName const& uri = tagName(uriTag);
+  out.put(" xmlns", 6);
+  if (!prefix.bytes.empty()) {
+    out.put(':');
+    out.put(prefix.bytes.data(), prefix.bytes.size());
+  }
+  out.put("=\"", 2);
+  out.put(uri.bytes.data(), uri.bytes.size());
+  out.put('"');
+  registerNS(prefixTag != 0 ? prefix.name : KepString(""), uriTag != 0 ? uri.name : KepString(""));
+}
+
+void KepRDOMWriter::printNamespaceDecl(KepDOMNode& node) {
+  KepRDOMNode* body = KepRDOMNode::of(node);
+  if (body != nullptr) writeDeclaration(body->prefixTag(), body->uriTag());
+}
+
+void KepRDOMWriter::printNamespaceDecl(KepDOMElement& /*element*/, KepDOMNode& node) {
+  printNamespaceDecl(node);
+}
+
+// --- Static forms -------------------------------------------------------------------
+
+int KepRDOMWriter::normalizedWrite(KepIOStream& stream, KepString const& text) {
+  KepRString const* body = stringBody(text);
+  if (body == nullptr || body->unitCount() == 0) return 0;
+  size_t count = static_cast<size_t>(body->unitCount());
+  Output local(std::min(kBufferSize, count * kMaxEscape));
+  local.setStream(stream);
+  size_t produced = local.putEscaped(body->units(), count);
+  local.flush();
+  return static_cast<int>(produced);
+}
+
+KEP_REGISTER_LIBRARY_CLASS(DOMWriter);
