@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <typeinfo>
 #include <unordered_set>
 
 #include "kep/base/KepFactory.h"
@@ -13,6 +14,7 @@
 #include "kep/xml/KepDOM.h"
 #include "kep/xml/KepRDOMAttribute.h"
 #include "kep/xml/KepRDOMAttributeList.h"
+#include "kep/xml/KepRDOMCharacterData.h"
 #include "kep/xml/KepRDOMElement.h"
 #include "kep/xml/KepRDOMParentNode.h"
 
@@ -34,23 +36,32 @@ constexpr size_t kBufferSize = 64 * 1024;
 // The longest replacement an escaped byte gets ("&amp;").
 constexpr size_t kMaxEscape = 5;
 
-// The replacement of each byte in text, or null for the byte itself.
+// The replacement of each byte in text, or none (length 0) for the byte itself.
 struct EscapeTable {
   char const* text[256];
   unsigned char length[256];
   EscapeTable() : text(), length() {
-    text['<'] = "&lt;";
-    length['<'] = 4;
-    text['>'] = "&gt;";
-    length['>'] = 4;
-    text['&'] = "&amp;";
-    length['&'] = 5;
+    set('<', "&lt;");
+    set('>', "&gt;");
+    set('&', "&amp;");
+  }
+  void set(unsigned char byte, char const* replacement) {
+    text[byte] = replacement;
+    length[byte] = static_cast<unsigned char>(std::strlen(replacement));
   }
 };
 EscapeTable const kEscape;
 
+// The node body behind a handle, or null. Bodies tell their class family by
+// id, which is far cheaper than a dynamic cast across the library boundary.
+KepRDOMNode* nodeBody(KepObject const& handle) {
+  KepRObject* body = handle.getRealKepObj();
+  return body != nullptr && body->isOfType(KepClassID::DOMNode) ? static_cast<KepRDOMNode*>(body)
+                                                                : nullptr;
+}
+
 KepRDOMElement* elementBody(KepObject const& handle) {
-  KepRDOMNode* node = KepRDOMNode::of(handle);
+  KepRDOMNode* node = nodeBody(handle);
   return node != nullptr ? node->asElement() : nullptr;
 }
 
@@ -94,7 +105,7 @@ void KepRDOMWriter::Output::flush() {
   used = 0;
 }
 
-void KepRDOMWriter::Output::put(char const* bytes, size_t count) {
+void KepRDOMWriter::Output::putLarge(char const* bytes, size_t count) {
   if (count > capacity - used) {
     flush();
     if (count >= capacity) {
@@ -111,7 +122,7 @@ void KepRDOMWriter::Output::put(char const* bytes, size_t count) {
   used += count;
 }
 
-void KepRDOMWriter::Output::putNarrow(unsigned short const* units, size_t count) {
+void KepRDOMWriter::Output::putNarrowLarge(unsigned short const* units, size_t count) {
   while (count > 0) {
     if (used == capacity) flush();
     size_t n = std::min(count, capacity - used);
@@ -161,9 +172,13 @@ class KepRDOMWriter::PrintScope {
       handle = _KepDOMHandle<KepDOMWriter>(&w);
       w.self = &handle;
       w.bindings.clear();
-      w.frames.clear();
-      w.tagDt = KepRDOMNode::tagOf(KepString("dt"));
-      w.tagXs = KepRDOMNode::tagOf(KepString("xs"));
+      w.frameDepth = 0;
+      if (w.tagDt == 0) {
+        // Tags keep their names while the library is up, as the name cache does.
+        w.tagDt = KepRDOMNode::tagOf(KepString("dt"));
+        w.tagXs = KepRDOMNode::tagOf(KepString("xs"));
+      }
+      w.direct = typeid(w) == typeid(KepRDOMWriter);
     }
     ++w.depth;
   }
@@ -172,7 +187,7 @@ class KepRDOMWriter::PrintScope {
     if (outermost) {
       w.out.flush();
       w.bindings.clear();
-      w.frames.clear();
+      w.frameDepth = 0;
       w.hookElement = nullptr;
       w.self = nullptr;
     }
@@ -193,22 +208,34 @@ KepRDOMWriter::KepRDOMWriter()
       state(0),
       hasChildren(0),
       view(nullptr),
+      frameDepth(0),
       self(nullptr),
       depth(0),
       hookElement(nullptr),
       hookOn(false),
       tagDt(0),
-      tagXs(0) {}
+      tagXs(0),
+      direct(false),
+      recentNames() {}
 
 KepRDOMWriter::~KepRDOMWriter() = default;
 
-KepRDOMWriter::TagName const& KepRDOMWriter::tagName(int tag) {
+KepRDOMWriter::TagName const& KepRDOMWriter::lookupTagName(int tag) {
+  // tagName() keeps a direct-mapped front for the few names a document uses
+  // over and over; the map keeps every entry at a fixed address.
+  RecentName& recent = recentNames[static_cast<unsigned>(tag) % kRecentNames];
   auto found = names.find(tag);
-  if (found != names.end()) return found->second;
-  TagName entry;
-  entry.name = KepRDOMNode::nameOf(tag);
-  entry.bytes = KepRIOStream::narrow(entry.name);
-  return names.emplace(tag, std::move(entry)).first->second;
+  if (found == names.end()) {
+    TagName entry;
+    entry.name = KepRDOMNode::nameOf(tag);
+    entry.bytes = KepRIOStream::narrow(entry.name);
+    entry.declaration = entry.bytes.compare(0, 5, "xmlns") == 0 &&
+                        (entry.bytes.size() == 5 || entry.bytes[5] == ':');
+    found = names.emplace(tag, std::move(entry)).first;
+  }
+  recent.tag = tag;
+  recent.entry = &found->second;
+  return found->second;
 }
 
 void KepRDOMWriter::putString(KepString const& text) {
@@ -244,7 +271,7 @@ unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node, KepIOStream& strea
 }
 
 unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node) {
-  if (KepRDOMNode::of(node) == nullptr) return 0;
+  if (nodeBody(node) == nullptr) return 0;
   PrintScope scope(*this);
   print(node);
   return 1;
@@ -302,21 +329,39 @@ void KepRDOMWriter::setView(KepString const& service, KepString const& name, int
 void KepRDOMWriter::setView(void* compiled) { view = static_cast<_KepDOMWriterView*>(compiled); }
 
 // --- Printing ---------------------------------------------------------------------
+//
+// The work is done on the node bodies. When the writer is a KepRDOMWriter itself
+// (`direct`), nothing can have overridden the per-node operations, so the bodies
+// are printed without making handles for them; a derived writer gets every
+// operation called through its virtual, with handles, as it expects.
 
 void KepRDOMWriter::printChildren(KepRDOMNode* node) {
   KepRDOMParentNode* parentNode = node->asParent();
   if (parentNode == nullptr) return;
-  for (KepRDOMNode* child = parentNode->firstBody(); child != nullptr; child = child->nextBody()) {
-    // The handle keeps the child alive while it prints.
-    KepDOMNode handle = _KepDOMHandle<KepDOMNode>(child);
-    print(handle);
+  KepRDOMNode* child = parentNode->firstBody();
+  while (child != nullptr) {
+    // The reference keeps the child alive while it prints.
+    child->addRef();
+    if (direct) {
+      printBody(child);
+    } else {
+      KepDOMNode handle = _KepDOMHandle<KepDOMNode>(child);
+      print(handle);
+    }
+    KepRDOMNode* next = child->nextBody();
+    child->release();
+    child = next;
   }
 }
 
 void KepRDOMWriter::print(KepDOMNode& node) {
-  KepRDOMNode* body = KepRDOMNode::of(node);
+  KepRDOMNode* body = nodeBody(node);
   if (body == nullptr) return;
   PrintScope scope(*this);
+  printBody(body);
+}
+
+void KepRDOMWriter::printBody(KepRDOMNode* body) {
   switch (body->getNodeType()) {
     case KepDOMNode::DOCUMENT_NODE:
       if (!askHook(body, KepDOMWriter::DOCUMENT_BEGIN)) out.put("<?xml version=\"1.0\"?>", 21);
@@ -325,19 +370,30 @@ void KepRDOMWriter::print(KepDOMNode& node) {
       askHook(body, KepDOMWriter::DOCUMENT_END);
       break;
     case KepDOMNode::ELEMENT_NODE: {
-      KepDOMElement element(node);
-      int tag = body->nodeTag();
+      KepRDOMElement* element = body->asElement();
+      if (element == nullptr) break;
+      int tag = element->nodeTag();
       nsStackPush();
-      if (_shouldPrintElement(element, tag)) _printElement(element, tag);
+      if (direct) {
+        // _transformNode() replaces nothing, so _printElement() comes down to
+        // printing the element itself.
+        if (elementAllowed(tag)) emitElement(element, element->nodeTag(), nullptr);
+      } else {
+        KepDOMElement handle = _KepDOMHandle<KepDOMElement>(element);
+        if (_shouldPrintElement(handle, tag)) _printElement(handle, tag);
+      }
       nsStackPop();
       break;
     }
-    case KepDOMNode::TEXT_NODE: {
-      KepDOMText text(node);
-      KepString value = body->getNodeValue();
-      if (_shouldPrintText(text, value)) _printText(text, value);
+    case KepDOMNode::TEXT_NODE:
+      if (direct && body->isOfType(KepClassID::DOMCharacterData)) {
+        emitText(body, static_cast<KepRDOMCharacterData*>(body)->text());
+      } else {
+        KepDOMText handle = _KepDOMHandle<KepDOMText>(body);
+        KepString value = body->getNodeValue();
+        if (_shouldPrintText(handle, value)) _printText(handle, value);
+      }
       break;
-    }
     case KepDOMNode::CDATA_SECTION_NODE:
       if (!askHook(body, KepDOMWriter::CDATA_BEFORE)) {
         out.put("<![CDATA[", 9);
@@ -375,13 +431,31 @@ void KepRDOMWriter::print(KepDOMNode& node) {
 
 void KepRDOMWriter::_printElement(KepDOMElement& element, int tag) {
   if (_transformNode(element, tag)) return;
-  KepRDOMNode* body = KepRDOMNode::of(element);
+  KepRDOMNode* body = nodeBody(element);
   _doPrintElement(element, body != nullptr ? body->nodeTag() : tag);
 }
 
 void KepRDOMWriter::_doPrintElement(KepDOMElement& element, int tag) {
   KepRDOMElement* body = elementBody(element);
-  if (body == nullptr) return;
+  if (body != nullptr) emitElement(body, tag, &element);
+}
+
+void KepRDOMWriter::offerAttribute(KepRDOMElement* body, KepDOMElement* handle,
+                                   KepRDOMNode* attribute, int nameTag, KepString const& value) {
+  TagName const& name = tagName(nameTag);
+  if (handle == nullptr) {
+    if (attributeAllowed(nameTag, value)) emitAttribute(body, attribute, name.name, value);
+    return;
+  }
+  KepDOMAttribute attributeHandle = _KepDOMHandle<KepDOMAttribute>(attribute);
+  KepString nameCopy = name.name;
+  KepString valueCopy = value;
+  if (_shouldPrintAttribute(*handle, attributeHandle, nameCopy, valueCopy)) {
+    _printAttribute(*handle, attributeHandle, nameCopy, valueCopy);
+  }
+}
+
+void KepRDOMWriter::emitElement(KepRDOMElement* body, int tag, KepDOMElement* handle) {
   KepRDOMElement* outerElement = hookElement;
   bool outerHookOn = hookOn;
   hookElement = body;
@@ -390,47 +464,46 @@ void KepRDOMWriter::_doPrintElement(KepDOMElement& element, int tag) {
   hookOn = hooks;
 
   if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_OPEN)) out.put('<');
+  std::string const& elementName = tagName(tag).bytes;
   if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_NAME)) {
-    std::string const& name = tagName(tag).bytes;
-    out.put(name.data(), name.size());
+    out.put(elementName.data(), elementName.size());
   }
 
   KepRDOMAttributeList* attributes = body->existingAttributes();
-  int attributeCount = attributes != nullptr ? attributes->size() : 0;
-  if (attributeCount > 0) registerDeclaredNamespaces(body);
+  if (attributes != nullptr && attributes->size() > 0) registerDeclaredNamespaces(body);
   if (needsDeclaration(body->prefixTag(), body->uriTag()) &&
       !elementStep(KepDOMWriter::ELEMENT_BEFORE_NAMESPACE)) {
-    printNamespaceDecl(element);
+    if (handle != nullptr) {
+      printNamespaceDecl(*handle);
+    } else {
+      writeDeclaration(body->prefixTag(), body->uriTag());
+    }
   }
 
   if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_ATTRIBUTES)) {
-    for (int i = 0; i < attributeCount && i < attributes->size(); ++i) {
-      KepRDOMNode* item = attributes->at(i);
-      KepDOMAttribute attribute = _KepDOMHandle<KepDOMAttribute>(item);
-      KepString name = tagName(item->nodeTag()).name;
-      KepString value = item->getNodeValue();
-      if (_shouldPrintAttribute(element, attribute, name, value)) {
-        _printAttribute(element, attribute, name, value);
-      }
+    for (int i = 0; attributes != nullptr && i < attributes->size(); ++i) {
+      auto* item = static_cast<KepRDOMAttribute*>(attributes->at(i));
+      offerAttribute(body, handle, item, item->nodeTag(), item->valueRef());
     }
   }
 
   int classId = body->getClassID();
   if (classId != KepClassID::DOMElement && body->findAttribute(tagDt) == nullptr) {
-    KepDOMAttribute none;
-    KepString name = tagName(tagDt).name;
-    KepString value = tagName(classId).name;
-    if (_shouldPrintAttribute(element, none, name, value)) {
-      _printAttribute(element, none, name, value);
-    }
+    offerAttribute(body, handle, nullptr, tagDt, tagName(classId).name);
   }
 
   int service = body->getService();
   if (service != 0 && body->findAttribute(tagXs) == nullptr) {
-    KepDOMAttribute none;
-    KepString name = tagName(tagXs).name;
     KepString value = tagName(service).name;
-    if (_shouldPrintAttribute(element, none, name, value)) {
+    bool allowed;
+    if (handle == nullptr) {
+      allowed = attributeAllowed(tagXs, value);
+    } else {
+      KepDOMAttribute none;
+      KepString name = tagName(tagXs).name;
+      allowed = _shouldPrintAttribute(*handle, none, name, value) != 0;
+    }
+    if (allowed) {
       out.put(" xs=\"", 5);
       putString(value);
       out.put('"');
@@ -452,16 +525,20 @@ void KepRDOMWriter::_doPrintElement(KepDOMElement& element, int tag) {
   }
   if (hasChildren != 0 && !elementStep(KepDOMWriter::ELEMENT_BEFORE_END_TAG)) {
     out.put("</", 2);
-    std::string const& name = tagName(tag).bytes;
-    out.put(name.data(), name.size());
+    out.put(elementName.data(), elementName.size());
     out.put('>');
   }
   hookElement = outerElement;
   hookOn = outerHookOn;
 }
 
-void KepRDOMWriter::_printAttribute(KepDOMElement& /*element*/, KepDOMAttribute& attribute,
+void KepRDOMWriter::_printAttribute(KepDOMElement& element, KepDOMAttribute& attribute,
                                     KepString& name, KepString& value) {
+  emitAttribute(elementBody(element), nodeBody(attribute), name, value);
+}
+
+void KepRDOMWriter::emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute,
+                                  KepString const& name, KepString const& value) {
   if (!elementStep(KepDOMWriter::ATTRIBUTE_BEFORE)) {
     out.put(' ');
     putString(name);
@@ -469,15 +546,18 @@ void KepRDOMWriter::_printAttribute(KepDOMElement& /*element*/, KepDOMAttribute&
     putString(value);  // attribute values are written as they stand
     out.put('"');
   }
-  if (!elementStep(KepDOMWriter::ATTRIBUTE_AFTER)) {
-    KepRDOMNode* node = KepRDOMNode::of(attribute);
-    if (node != nullptr && node->prefixTag() != 0 && node->uriTag() != 0 &&
-        needsDeclaration(node->prefixTag(), node->uriTag())) {
-      if (hookElement != nullptr) {
-        KepDOMElement owner = _KepDOMHandle<KepDOMElement>(hookElement);
-        printNamespaceDecl(owner, attribute);
+  if (!elementStep(KepDOMWriter::ATTRIBUTE_AFTER) && attribute != nullptr &&
+      attribute->prefixTag() != 0 && attribute->uriTag() != 0 &&
+      needsDeclaration(attribute->prefixTag(), attribute->uriTag())) {
+    if (direct) {
+      writeDeclaration(attribute->prefixTag(), attribute->uriTag());
+    } else {
+      KepDOMNode attributeHandle = _KepDOMHandle<KepDOMNode>(attribute);
+      if (element != nullptr) {
+        KepDOMElement owner = _KepDOMHandle<KepDOMElement>(element);
+        printNamespaceDecl(owner, attributeHandle);
       } else {
-        printNamespaceDecl(attribute);
+        printNamespaceDecl(attributeHandle);
       }
     }
   }
@@ -488,8 +568,11 @@ unsigned long KepRDOMWriter::_shouldPrintText(KepDOMText& /*text*/, KepString& /
 }
 
 void KepRDOMWriter::_printText(KepDOMText& text, KepString& value) {
-  KepRDOMNode* node = KepRDOMNode::of(text);
-  if (node == nullptr) return;
+  KepRDOMNode* node = nodeBody(text);
+  if (node != nullptr) emitText(node, value);
+}
+
+void KepRDOMWriter::emitText(KepRDOMNode* node, KepString const& value) {
   if (!askHook(node, KepDOMWriter::TEXT_BEFORE)) {
     if (KepRString const* body = stringBody(value)) {
       out.putEscaped(body->units(), static_cast<size_t>(body->unitCount()));
@@ -500,21 +583,27 @@ void KepRDOMWriter::_printText(KepDOMText& text, KepString& value) {
 
 // --- Views --------------------------------------------------------------------------
 
+bool KepRDOMWriter::elementAllowed(int tag) const {
+  return view == nullptr || !view->hasInclude || view->include.count(tag) != 0;
+}
+
+bool KepRDOMWriter::attributeAllowed(int nameTag, KepString const& value) const {
+  if (view == nullptr || !view->hasIncludeAttribute) return true;
+  auto found = view->includeAttribute.find(nameTag);
+  if (found == view->includeAttribute.end()) return false;
+  KepString const& notValue = found->second;
+  if (notValue.isNull()) return true;
+  return notValue.indexOf(value.isNull() ? KepString("") : value) < 0;
+}
+
 unsigned long KepRDOMWriter::_shouldPrintElement(KepDOMElement& /*element*/, int tag) {
-  if (view == nullptr || !view->hasInclude) return 1;
-  return view->include.count(tag) != 0 ? 1 : 0;
+  return elementAllowed(tag) ? 1 : 0;
 }
 
 unsigned long KepRDOMWriter::_shouldPrintAttribute(KepDOMElement& /*element*/,
                                                    KepDOMAttribute& /*attribute*/, KepString& name,
                                                    KepString& value) {
-  if (view == nullptr || !view->hasIncludeAttribute) return 1;
-  auto found = view->includeAttribute.find(KepRDOMNode::knownTagOf(name));
-  if (found == view->includeAttribute.end()) return 0;
-  KepString const& notValue = found->second;
-  if (notValue.isNull()) return 1;
-  KepString text = value.isNull() ? KepString("") : value;
-  return notValue.indexOf(text) >= 0 ? 0 : 1;
+  return attributeAllowed(KepRDOMNode::knownTagOf(name), value) ? 1 : 0;
 }
 
 unsigned long KepRDOMWriter::_transformNode(KepDOMElement& /*element*/, int /*tag*/) {
@@ -572,40 +661,35 @@ void KepRDOMWriter::registerView(KepString const& service, KepString const& name
 
 // --- Namespaces ---------------------------------------------------------------------
 
-void KepRDOMWriter::nsStackPush() { frames.push_back(bindings.size()); }
+void KepRDOMWriter::nsStackPush() { ++frameDepth; }
 
 void KepRDOMWriter::nsStackPop() {
-  if (frames.empty()) return;
-  bindings.resize(frames.back());
-  frames.pop_back();
+  if (frameDepth == 0) return;
+  while (!bindings.empty() && bindings.back().frame >= frameDepth) bindings.pop_back();
+  --frameDepth;
 }
 
 void KepRDOMWriter::registerNS(KepString const& prefix, KepString const& uri) {
-  if (frames.empty()) nsStackPush();
-  bindings.emplace_back(prefix.isNull() ? KepString("") : prefix,
-                        uri.isNull() ? KepString("") : uri);
+  if (frameDepth == 0) nsStackPush();
+  bindings.push_back(
+      {prefix.isNull() ? KepString("") : prefix, uri.isNull() ? KepString("") : uri, frameDepth});
 }
 
 KepString KepRDOMWriter::lookupNS(KepString const& prefix) const {
   KepString wanted = prefix.isNull() ? KepString("") : prefix;
   for (auto binding = bindings.rbegin(); binding != bindings.rend(); ++binding) {
-    if (binding->first.equals(wanted)) return binding->second;
+    if (binding->prefix.equals(wanted)) return binding->uri;
   }
   return KepString();
 }
 
 void KepRDOMWriter::registerDeclaredNamespaces(KepRDOMElement* element) {
-  static char const kXmlns[] = "xmlns";
   KepRDOMAttributeList* attributes = element->existingAttributes();
   for (int i = 0; i < attributes->size(); ++i) {
-    KepRDOMNode* item = attributes->at(i);
+    auto* item = static_cast<KepRDOMAttribute*>(attributes->at(i));
     TagName const& name = tagName(item->nodeTag());
-    if (name.bytes.compare(0, 5, kXmlns) != 0) continue;
-    if (name.bytes.size() == 5) {
-      registerNS(KepString(""), item->getNodeValue());
-    } else if (name.bytes[5] == ':') {
-      registerNS(name.name.substring(6), item->getNodeValue());
-    }
+    if (!name.declaration) continue;
+    registerNS(name.bytes.size() == 5 ? KepString("") : name.name.substring(6), item->valueRef());
   }
 }
 
@@ -638,7 +722,7 @@ void KepRDOMWriter::writeDeclaration(int prefixTag, int uriTag) {
 }
 
 void KepRDOMWriter::printNamespaceDecl(KepDOMNode& node) {
-  KepRDOMNode* body = KepRDOMNode::of(node);
+  KepRDOMNode* body = nodeBody(node);
   if (body != nullptr) writeDeclaration(body->prefixTag(), body->uriTag());
 }
 

@@ -3,6 +3,7 @@
 #define KEP_XML_KEPRDOMWRITER_H
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -100,9 +101,24 @@ class KEP_API KepRDOMWriter : public KepRObject {
       if (used == capacity) flush();
       data[used++] = byte;
     }
-    void put(char const* bytes, size_t count);
+    void put(char const* bytes, size_t count) {
+      if (count <= capacity - used) {
+        std::memcpy(data.get() + used, bytes, count);
+        used += count;
+      } else {
+        putLarge(bytes, count);
+      }
+    }
     // Units narrowed to their low byte, as they are.
-    void putNarrow(unsigned short const* units, size_t count);
+    void putNarrow(unsigned short const* units, size_t count) {
+      if (count <= capacity - used) {
+        char* to = data.get() + used;
+        for (size_t i = 0; i < count; ++i) to[i] = static_cast<char>(units[i]);
+        used += count;
+      } else {
+        putNarrowLarge(units, count);
+      }
+    }
     // Units narrowed and "<", ">", "&" escaped; answers the bytes produced.
     size_t putEscaped(unsigned short const* units, size_t count);
     void setStream(KepIOStream const& target) { stream = target; }
@@ -110,6 +126,9 @@ class KEP_API KepRDOMWriter : public KepRObject {
     size_t pending() const noexcept { return used; }
 
    private:
+    void putLarge(char const* bytes, size_t count);
+    void putNarrowLarge(unsigned short const* units, size_t count);
+
     KepIOStream stream;
     std::unique_ptr<char[]> data;
     size_t used;
@@ -128,8 +147,14 @@ class KEP_API KepRDOMWriter : public KepRObject {
   struct TagName {
     std::string bytes;
     KepString name;
+    // "xmlns" or "xmlns:...": the name of a namespace declaration.
+    bool declaration = false;
   };
-  TagName const& tagName(int tag);
+  TagName const& tagName(int tag) {
+    RecentName const& recent = recentNames[static_cast<unsigned>(tag) % kRecentNames];
+    return recent.entry != nullptr && recent.tag == tag ? *recent.entry : lookupTagName(tag);
+  }
+  TagName const& lookupTagName(int tag);
   // Writes a string narrowed / escaped into the buffer.
   void putString(KepString const& text);
 
@@ -148,9 +173,28 @@ class KEP_API KepRDOMWriter : public KepRObject {
   bool needsDeclaration(int prefixTag, int uriTag);
   void writeDeclaration(int prefixTag, int uriTag);
   void printChildren(KepRDOMNode* parent);
+  // Prints one node body (see print()).
+  void printBody(KepRDOMNode* body);
+  // The element, attribute and text output on bodies. `handle` is the element's
+  // handle when the derived writer's operations are to be called, else null.
+  void emitElement(KepRDOMElement* body, int tag, KepDOMElement* handle);
+  void offerAttribute(KepRDOMElement* body, KepDOMElement* handle, KepRDOMNode* attribute,
+                      int nameTag, KepString const& value);
+  void emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute, KepString const& name,
+                     KepString const& value);
+  void emitText(KepRDOMNode* node, KepString const& value);
+  // The view's filters.
+  bool elementAllowed(int tag) const;
+  bool attributeAllowed(int nameTag, KepString const& value) const;
 
-  std::vector<std::pair<KepString, KepString>> bindings;
-  std::vector<size_t> frames;
+  // The namespace stack: bindings tagged with the frame that made them.
+  struct Binding {
+    KepString prefix;
+    KepString uri;
+    int frame;
+  };
+  std::vector<Binding> bindings;
+  int frameDepth;
   std::unordered_map<int, TagName> names;
   // The handle passed to hooks while a print runs (null otherwise).
   KepDOMWriter* self;
@@ -162,6 +206,15 @@ class KEP_API KepRDOMWriter : public KepRObject {
   // Tags looked up once per outermost print.
   int tagDt;
   int tagXs;
+  // True while the writer is a KepRDOMWriter itself, whose per-node operations
+  // nobody overrode: bodies are then printed without handles.
+  bool direct;
+  struct RecentName {
+    int tag;
+    TagName const* entry;
+  };
+  static constexpr unsigned kRecentNames = 256;
+  RecentName recentNames[kRecentNames];
 };
 
 #endif  // KEP_XML_KEPRDOMWRITER_H

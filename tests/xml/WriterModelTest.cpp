@@ -157,6 +157,13 @@ KepDOMNode build(KepDOMDocument& doc, Model const& m) {
   return e;
 }
 
+// A derived writer that changes nothing: the writer then takes the path that
+// calls every per-node operation through its virtual, with handles.
+class DerivedWriter : public KepRDOMWriter {
+ public:
+  KepObject createAnother() const override { return KepObject(new DerivedWriter()); }
+};
+
 }  // namespace
 
 TEST(DOMWriterModel, RandomTreesMatchTheModelSerializer) {
@@ -165,6 +172,7 @@ TEST(DOMWriterModel, RandomTreesMatchTheModelSerializer) {
   KepIOStream stream(*capture);
   // One writer for every tree: nothing may carry over from one print to the next.
   KepDOMWriter writer(KepGetObject(KepClassID::DOMWriter, 0));
+  KepDOMWriter derived(static_cast<KepBridgeToObject*>(new DerivedWriter()));
   for (int seed = 1; seed <= trees; ++seed) {
     Generator generator(static_cast<unsigned>(seed));
     Model root = generator.element(4);
@@ -176,6 +184,9 @@ TEST(DOMWriterModel, RandomTreesMatchTheModelSerializer) {
     ASSERT_EQ(writer.serializeAsXML(doc, stream), 1u);
     ASSERT_EQ(capture->bytes, expected) << "seed " << seed;
     EXPECT_EQ(writer.getState(), KepDOMWriter::DOCUMENT_END);
+    capture->bytes.clear();
+    derived.serializeAsXML(doc, stream);
+    ASSERT_EQ(capture->bytes, expected) << "derived writer, seed " << seed;
   }
 }
 

@@ -543,3 +543,56 @@ TEST_F(DOMWriter, WritesIntoMemoryAndFileStreams) {
   read << in.rdbuf();
   EXPECT_EQ(read.str(), expected);
 }
+
+namespace {
+
+// A derived writer that drops one attribute, skips one element name, upper-cases
+// text and counts what it was offered.
+class FilteringWriter : public KepRDOMWriter {
+ public:
+  unsigned long _shouldPrintElement(KepDOMElement& element, int tag) override {
+    ++elements;
+    if (tag == KepNameToTag("Skip")) return 0;
+    return KepRDOMWriter::_shouldPrintElement(element, tag);
+  }
+  unsigned long _shouldPrintAttribute(KepDOMElement& element, KepDOMAttribute& attribute,
+                                      KepString& name, KepString& value) override {
+    ++attributes;
+    if (attribute.isNull()) ++pseudo;
+    if (name.toStdString() == "secret") return 0;
+    return KepRDOMWriter::_shouldPrintAttribute(element, attribute, name, value);
+  }
+  void _printText(KepDOMText& text, KepString& value) override {
+    KepString upper = value.toUpperCase();
+    KepRDOMWriter::_printText(text, upper);
+  }
+  KepObject createAnother() const override { return KepObject(new FilteringWriter()); }
+  int elements = 0;
+  int attributes = 0;
+  int pseudo = 0;
+};
+
+}  // namespace
+
+TEST_F(DOMWriter, DerivedWritersReceiveEveryNodeOperation) {
+  KepDOMElement root = adopt(doc, new ThingBody(), "Root");
+  root.setAttribute("secret", "s");
+  root.setAttribute("open", "o");
+  root.setService(KepNameToTag("Mailer"));
+  KepDOMElement skip = element("Skip");
+  skip.appendChild(element("Inside"));
+  root.appendChild(skip);
+  root.appendChild(doc.createTextNode("low<er"));
+  root.appendChild(doc.createElementNS("urn:a", "p:Kept"));
+  auto* body = new FilteringWriter();
+  KepDOMWriter writer(static_cast<KepBridgeToObject*>(body));
+  auto* capture = new CaptureStream();
+  KepIOStream stream(*capture);
+  writer.serializeAsXML(root, stream);
+  EXPECT_EQ(capture->bytes,
+            "<Root open=\"o\" dt=\"Thing\" xs=\"Mailer\">LOW&lt;ER"
+            "<p:Kept xmlns:p=\"urn:a\"/></Root>");
+  EXPECT_EQ(body->elements, 3) << "Root, Skip and p:Kept; nothing below Skip";
+  EXPECT_EQ(body->attributes, 4) << "two attributes, dt and xs";
+  EXPECT_EQ(body->pseudo, 2);
+}
