@@ -16,7 +16,11 @@ class KepDOMDocument;
 //  serializeAsXML(node, stream)
 //                          makes `stream` the writer's stream and prints `node`
 //                          and everything below it; 1 when a node was given, 0
-//                          for a null node (nothing is written then)
+//                          for a null node (nothing is written then). Called
+//                          from a hook during a print, it prints `node` to
+//                          `stream` as a text of its own (with the namespace
+//                          declarations it needs), and the enclosing print goes
+//                          on on its own stream.
 //  serializeAsXML(node)    the same on the stream set before (a writer without
 //                          a stream produces nothing). A node's hook may call
 //                          either form again for other nodes: the nested call

@@ -264,10 +264,26 @@ unsigned long KepRDOMWriter::elementStep(int s) {
 // --- Bridged operations -----------------------------------------------------------
 
 unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node, KepIOStream& stream) {
-  // What an enclosing print buffered belongs to the stream it was writing to.
+  // What was buffered so far belongs to the stream it was written for.
   out.flush();
+  if (depth == 0) {
+    out.setStream(stream);
+    return serializeAsXML(node);
+  }
+  // A hook printing elsewhere: that text stands alone, with namespace bindings
+  // of its own, and the enclosing print goes on on its own stream afterwards.
+  KepIOStream enclosing = out.target();
+  std::vector<Binding> enclosingBindings;
+  enclosingBindings.swap(bindings);
+  int enclosingDepth = frameDepth;
+  frameDepth = 0;
   out.setStream(stream);
-  return serializeAsXML(node);
+  unsigned long printed = serializeAsXML(node);
+  out.flush();
+  out.setStream(enclosing);
+  bindings.swap(enclosingBindings);
+  frameDepth = enclosingDepth;
+  return printed;
 }
 
 unsigned long KepRDOMWriter::serializeAsXML(KepDOMNode& node) {

@@ -596,3 +596,37 @@ TEST_F(DOMWriter, DerivedWritersReceiveEveryNodeOperation) {
   EXPECT_EQ(body->attributes, 4) << "two attributes, dt and xs";
   EXPECT_EQ(body->pseudo, 2);
 }
+
+namespace {
+
+// A hook that copies its element's first child to a second stream as well.
+class TeeBody : public KepRDOMElement {
+ public:
+  unsigned long serializeAsXML(KepDOMWriter& writer) override {
+    int state = writer.getState();
+    if (state == KepDOMWriter::ELEMENT_TRANSFORM) return 1;
+    if (state == KepDOMWriter::ELEMENT_BEFORE_CHILDREN) {
+      KepDOMNode first = getFirstChild();
+      writer.serializeAsXML(first, side);
+    }
+    return 0;
+  }
+  KepObject createAnother() const override { return KepObject(new TeeBody()); }
+  KepIOStream side;
+};
+
+}  // namespace
+
+TEST_F(DOMWriter, NestedPrintToAnotherStreamLeavesTheOuterStreamInPlace) {
+  auto* body = new TeeBody();
+  auto* sideCapture = new CaptureStream();
+  body->side = KepIOStream(*sideCapture);
+  KepDOMElement tee = adopt(doc, body, "Tee");
+  KepDOMElement inner = doc.createElementNS("urn:a", "p:In");
+  tee.appendChild(inner);
+  KepDOMElement root = doc.createElementNS("urn:a", "p:Root");
+  root.appendChild(tee);
+  EXPECT_EQ(xml(root), "<p:Root xmlns:p=\"urn:a\"><Tee><p:In/></Tee></p:Root>");
+  EXPECT_EQ(sideCapture->bytes, "<p:In xmlns:p=\"urn:a\"/>") << "a text of its own";
+  body->side = KepIOStream();
+}
