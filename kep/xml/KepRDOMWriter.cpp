@@ -411,20 +411,10 @@ void KepRDOMWriter::printBody(KepRDOMNode* body) {
       }
       break;
     case KepDOMNode::CDATA_SECTION_NODE:
-      if (!askHook(body, KepDOMWriter::CDATA_BEFORE)) {
-        out.put("<![CDATA[", 9);
-        putString(body->getNodeValue());
-        out.put("]]>", 3);
-      }
-      askHook(body, KepDOMWriter::CDATA_AFTER);
+      emitDelimited(body, KepDOMWriter::CDATA_BEFORE, "<![CDATA[", "]]>");
       break;
     case KepDOMNode::COMMENT_NODE:
-      if (!askHook(body, KepDOMWriter::COMMENT_BEFORE)) {
-        out.put("<!--", 4);
-        putString(body->getNodeValue());
-        out.put("-->", 3);
-      }
-      askHook(body, KepDOMWriter::COMMENT_AFTER);
+      emitDelimited(body, KepDOMWriter::COMMENT_BEFORE, "<!--", "-->");
       break;
     case KepDOMNode::PROCESSING_INSTRUCTION_NODE:
       if (!askHook(body, KepDOMWriter::PI_BEFORE)) {
@@ -443,6 +433,16 @@ void KepRDOMWriter::printBody(KepRDOMNode* body) {
     default:
       break;  // attributes, fragments, document types, entities, notations
   }
+}
+
+void KepRDOMWriter::emitDelimited(KepRDOMNode* node, int before, char const* open,
+                                  char const* close) {
+  if (!askHook(node, before)) {
+    out.put(open, std::strlen(open));
+    putString(node->getNodeValue());  // as it stands, unescaped
+    out.put(close, std::strlen(close));
+  }
+  askHook(node, before + 1);
 }
 
 void KepRDOMWriter::_printElement(KepDOMElement& element, int tag) {

@@ -183,6 +183,9 @@ class KEP_API KepRDOMWriter : public KepRObject {
   void emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute, KepString const& name,
                      KepString const& value);
   void emitText(KepRDOMNode* node, KepString const& value);
+  // A CDATA section or comment: hook at `before`, `open`, the value, `close`,
+  // hook at the state after `before`.
+  void emitDelimited(KepRDOMNode* node, int before, char const* open, char const* close);
   // The view's filters.
   bool elementAllowed(int tag) const;
   bool attributeAllowed(int nameTag, KepString const& value) const;

@@ -325,7 +325,7 @@ class NestingBody : public KepRDOMElement {
   KepDOMNode other;
 };
 
-// A caller's element class (an outer object) whose hook renames comments.
+// A caller's element class (an outer object) whose hook writes another name.
 class OuterElement : public KepDOMElement {
  public:
   OuterElement() : KepDOMElement(nullptr, KepClassIdArg(KepClassID::DOMElement)) {}
