@@ -105,8 +105,7 @@ void XMLCALL onEndCData(void* user) {
 _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xpointer,
                                      int parserMode, KepXMLParserEventHandler* eventHandler,
                                      KepXMLParser const& parser)
-    : document(doc),
-      anchor(doc->anchor()),
+    : anchor(doc->anchor()),
       parserHandle(parser),
       mode(parserMode),
       handler(eventHandler) {

@@ -107,7 +107,6 @@ class _KepXMLParserData {
   // Follows the path of element names while the XPointer is not reached.
   void enterPath(char const* name);
 
-  KepRDOMDocument* document;
   _KepDOMDocAnchor* anchor;
   KepXMLParser parserHandle;
   int mode;
