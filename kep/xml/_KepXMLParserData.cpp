@@ -246,6 +246,18 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   return s.names;
 }
 
+KepString _KepXMLParserData::shortText(char const* bytes, size_t length) {
+  if (length > kShortText) return widened(bytes, length);
+  if (shortTexts.empty()) shortTexts.resize(kShortSlots);
+  ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
+  if (slot.length != length || slot.text.isNull() || std::memcmp(slot.bytes, bytes, length) != 0) {
+    slot.length = static_cast<uint8_t>(length);
+    std::memcpy(slot.bytes, bytes, length);
+    slot.text = widened(bytes, length);
+  }
+  return slot.text;
+}
+
 // --- Elements ----------------------------------------------------------------------
 
 void _KepXMLParserData::startNamespace(char const* prefix, char const* uri) {
@@ -299,7 +311,7 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const** attr
     auto* attribute = new KepRDOMAttribute();
     KepObject holder(static_cast<KepBridgeToObject*>(attribute));
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
-    attribute->initValue(widened(a[1]));
+    attribute->initValue(shortText(a[1], std::strlen(a[1])));
     bool refused = false;
     element->attributeList()->put(attribute, names.uri != 0, refused);
   }
@@ -403,7 +415,7 @@ void _KepXMLParserData::flushText(bool force) {
     text = overflow.toString();
     overflow = KepStringBuffer();
   } else if (pendingLength > 0 || cdata) {
-    text = widened(pending, static_cast<size_t>(pendingLength));
+    text = shortText(pending, static_cast<size_t>(pendingLength));
   }
   int length = pendingLength;
   textPending = false;

@@ -153,6 +153,19 @@ class _KepXMLParserData {
   size_t slotsUsed = 0;
   std::string key;
 
+  // Short texts and attribute values met before, shared by the nodes that
+  // hold the same bytes (strings never change). Direct-mapped by a hash of the
+  // bytes: a collision replaces the older entry.
+  KepString shortText(char const* bytes, size_t length);
+  static constexpr size_t kShortText = 24;
+  static constexpr size_t kShortSlots = 512;
+  struct ShortSlot {
+    uint8_t length = 0;
+    char bytes[kShortText];
+    KepString text;
+  };
+  std::vector<ShortSlot> shortTexts;
+
   bool failure = false;
 };
 
