@@ -28,10 +28,19 @@ KepString widened(char const* bytes, size_t n) {
 
 KepString widened(char const* text) { return widened(text, std::strlen(text)); }
 
+// A hash of `n` bytes, eight at a time.
 uint64_t hashBytes(char const* p, size_t n) {
-  uint64_t h = 1469598103934665603ull;
-  for (size_t i = 0; i < n; ++i) h = (h ^ static_cast<unsigned char>(p[i])) * 1099511628211ull;
-  return h;
+  uint64_t h = 0x9e3779b97f4a7c15ull ^ n;
+  for (; n >= 8; p += 8, n -= 8) {
+    uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    h = (h ^ word) * 0xff51afd7ed558ccdull;
+    h ^= h >> 32;
+  }
+  uint64_t tail = 0;
+  std::memcpy(&tail, p, n);
+  h = (h ^ tail) * 0xc4ceb9fe1a85ec53ull;
+  return h ^ (h >> 29);
 }
 
 int tagOfBytes(std::string const& name) { return name.empty() ? 0 : KepNameToTag(name.c_str()); }
@@ -105,10 +114,7 @@ void XMLCALL onEndCData(void* user) {
 _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xpointer,
                                      int parserMode, KepXMLParserEventHandler* eventHandler,
                                      KepXMLParser const& parser)
-    : anchor(doc->anchor()),
-      parserHandle(parser),
-      mode(parserMode),
-      handler(eventHandler) {
+    : anchor(doc->anchor()), parserHandle(parser), mode(parserMode), handler(eventHandler) {
   doc->addRef();
   parents.push_back(doc);
   if (KepRString const* s = KepRString::of(xpointer)) {
@@ -198,21 +204,22 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
       uriLength = restLength;
     }
   }
-  key.assign(raw, length);
-  key.push_back(prefixed ? '\1' : '\0');
-  uint64_t h = hashBytes(key.data(), key.size());
+  // The key is the name's bytes and one byte for the decision taken.
+  char const decision = prefixed ? '\1' : '\0';
+  uint64_t h = hashBytes(raw, length) + static_cast<uint64_t>(decision);
   size_t mask = slots.size() - 1;
   size_t i = static_cast<size_t>(h) & mask;
   for (; slots[i].used; i = (i + 1) & mask) {
     Slot const& s = slots[i];
-    if (s.hash == h && s.length == key.size() &&
-        std::memcmp(nameBytes.data() + s.offset, key.data(), key.size()) == 0) {
+    if (s.hash == h && s.length == length + 1 &&
+        std::memcmp(nameBytes.data() + s.offset, raw, length) == 0 &&
+        nameBytes[s.offset + length] == decision) {
       return s.names;
     }
   }
   Names names;
   if (colon == nullptr) {
-    names = makeNames(std::string(), key.substr(0, length), std::string());
+    names = makeNames(std::string(), std::string(raw, length), std::string());
   } else if (prefixed) {
     size_t restLength = static_cast<size_t>(colon - raw);
     names = makeNames(std::string(colon + 1),
@@ -239,9 +246,10 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   s.used = true;
   s.hash = h;
   s.offset = static_cast<uint32_t>(nameBytes.size());
-  s.length = static_cast<uint32_t>(key.size());
+  s.length = static_cast<uint32_t>(length + 1);
   s.names = names;
-  nameBytes.append(key);
+  nameBytes.append(raw, length);
+  nameBytes.push_back(decision);
   ++slotsUsed;
   return s.names;
 }

@@ -151,7 +151,6 @@ class _KepXMLParserData {
   std::vector<Slot> slots;
   std::string nameBytes;
   size_t slotsUsed = 0;
-  std::string key;
 
   // Short texts and attribute values met before, shared by the nodes that
   // hold the same bytes (strings never change). Direct-mapped by a hash of the

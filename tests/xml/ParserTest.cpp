@@ -90,6 +90,19 @@ TEST(XMLParserTree, MarkupBetweenTextSplitsItAndLoneLineBreaksAreLayout) {
   EXPECT_EQ(text(r.get(KepString("e"), 2).getString()), "\n\n");
 }
 
+TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
+  KepDOMElement r = root("<r><i v=\"same\">same</i><i v=\"same\">same</i></r>");
+  ASSERT_FALSE(r.isNull());
+  KepDOMElement first = r.get(KepString("i"));
+  KepDOMElement second = r.get(KepString("i"), 1);
+  KepDOMText text1(first.getFirstChild());
+  text1.appendData(KepString("!"));
+  first.setAttribute(KepString("v"), KepString("other"));
+  EXPECT_EQ(text(first.getString()), "same!");
+  EXPECT_EQ(text(second.getString()), "same");
+  EXPECT_EQ(text(second.getAttribute(KepString("v"))), "same");
+}
+
 TEST(XMLParserTree, CDataSectionsBecomeTheirOwnNodes) {
   KepDOMElement r = root("<r>x<![CDATA[a<b>&amp;\n]]>y<![CDATA[]]></r>");
   ASSERT_FALSE(r.isNull());
