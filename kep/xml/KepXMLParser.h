@@ -20,8 +20,11 @@ class KepIOStream;
 //                          that element is answered, or a null node when the
 //                          document has none there. An element carrying an
 //                          attribute "dt" or "ElementId" that names a class is
-//                          built as an object of that class (see the modes); an
-//                          attribute "xs" names the element's service.
+//                          built as an object of that class (see the modes); a
+//                          "dt" naming a value type ("int", "string", "date",
+//                          "object", "boolean", "i8", "r4", "float") gives a
+//                          plain element of that data type; an attribute "xs"
+//                          names the element's service (and is not kept).
 //                          A malformed document answers a null node, and the
 //                          failure ("XMLParserError" with the parameters
 //                          "String", "Code", "Line", "Column" and "Byte") is

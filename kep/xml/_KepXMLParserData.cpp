@@ -45,6 +45,16 @@ uint64_t hashBytes(char const* p, size_t n) {
 
 int tagOfBytes(std::string const& name) { return name.empty() ? 0 : KepNameToTag(name.c_str()); }
 
+// The data type code named by `name` ("int" 1 ... "float" 8), or 0.
+int dataTypeNamed(char const* name) {
+  static char const* const names[] = {"int",     "string", "date", "object",
+                                      "boolean", "i8",     "r4",   "float"};
+  for (int i = 0; i < 8; ++i) {
+    if (std::strcmp(name, names[i]) == 0) return i + 1;
+  }
+  return 0;
+}
+
 _KepXMLParserData* dataOf(void* user) { return static_cast<_KepXMLParserData*>(user); }
 
 // The tokenizer is C code: nothing may unwind through it. A callback that runs
@@ -289,9 +299,11 @@ void _KepXMLParserData::enterPath(char const* name) {
 }
 
 KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder) {
+  int dataType = 0;
   if ((mode & KepRXMLParser::kStandardDOM) == 0) {
     for (char const** a = attributes; a[0] != nullptr; a += 2) {
-      if (std::strcmp(a[0], "dt") != 0 && std::strcmp(a[0], "ElementId") != 0) continue;
+      bool dt = std::strcmp(a[0], "dt") == 0;
+      if (!dt && std::strcmp(a[0], "ElementId") != 0) continue;
       holder = KepGetObject(widened(a[1]), 0);
       KepRObject* body = holder.getRealKepObj();
       KepRDOMElement* element = nullptr;
@@ -300,10 +312,14 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
       }
       if (element != nullptr) return element;
       holder = KepObject();
+      if (dt && dataType == 0) dataType = dataTypeNamed(a[1]);
     }
   }
   auto* element = new KepRDOMElement();
   holder = KepObject(static_cast<KepBridgeToObject*>(element));
+  // A plain element written with its value's type ("int", "string" ...) gets
+  // that type back.
+  if (dataType != 0) element->setDataType(dataType);
   return element;
 }
 

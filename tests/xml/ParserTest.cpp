@@ -190,6 +190,21 @@ TEST(XMLParserObjects, DtAndElementIdMakeObjectsOfTheNamedClass) {
   EXPECT_TRUE(body(w.getOwnerDocument()) == body(r.getOwnerDocument()));
 }
 
+TEST(XMLParserObjects, ADtNamingAValueTypeGivesAPlainElementOfThatType) {
+  KepDOMElement r = root(
+      "<r><a dt=\"int\">42</a><b dt=\"boolean\">1</b><c dt=\"float\">2.5</c>"
+      "<d dt=\"unknown\">x</d></r>");
+  ASSERT_FALSE(r.isNull());
+  KepDOMElement a = r.get(KepString("a"));
+  EXPECT_EQ(a.getClassID(), KepClassID::DOMElement);
+  EXPECT_EQ(a.getDataType(), 1);
+  EXPECT_EQ(a.getInteger(), 42);
+  EXPECT_EQ(r.get(KepString("b")).getDataType(), 5);
+  EXPECT_EQ(r.get(KepString("c")).getDataType(), 8);
+  EXPECT_EQ(r.get(KepString("d")).getDataType(), 0);
+  EXPECT_EQ(text(a.getAttribute(KepString("dt"))), "int");
+}
+
 TEST(XMLParserObjects, ModesReachTheObjectsAndStandardDomBuildsNone) {
   parsetest::Widget::registerOnce();
   KepXMLParser parser = newParser();
