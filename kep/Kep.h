@@ -117,10 +117,10 @@
 #include "kep/xml/KepRXPointer.h"
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLParserEventHandler.h"
+#include "kep/xml/KepXMLSimpleParser.h"
 #include "kep/xml/KepXPointer.h"
 #include "kep/xml/_KepDOMDocAnchor.h"
 #include "kep/xml/_KepDOMValue.h"
-#include "kep/xml/KepXMLSimpleParser.h"
 
 // Events
 #include "kep/base/KepEvent.h"
@@ -150,6 +150,8 @@
 #include "kep/base/KepRThread.h"
 #include "kep/base/KepRunnable.h"
 #include "kep/base/KepThread.h"
+#include "kep/base/KepThreadError.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepRunnableWrapper.h"
 #include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepSemaphore.h"

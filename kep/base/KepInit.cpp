@@ -13,6 +13,7 @@
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepRSharedData.h"
 #include "kep/base/KepRTagManager.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepStartupOptions.h"
 #include "kep/base/_KepTagTables.h"
 #include "kep/memory/KepMemory.h"
@@ -153,9 +154,9 @@ void unregisterLibraryClasses() {
 void initDispatcher() {}
 void destroyDispatcher() {}
 
-// The first init reads the error registry (KEP_ERROR_REGISTRY) into the process's
-// error table; this needs the XML parser that builds documents.
-void readErrorRegistry() {}
+// The first init reads the error registry named by KEP_ERROR_REGISTRY into
+// the process's error table; without one the table stays empty.
+void readErrorRegistry() { _KepReadErrorRegistry(); }
 
 // The first init loads the configuration named by Kep::init's third argument
 // into the process configuration.

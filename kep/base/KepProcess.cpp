@@ -4,6 +4,7 @@
 
 #include "kep/base/KepLogger.h"
 #include "kep/base/KepRTagManager.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepTagLock.h"
 
 int KepProcess::nameToTag(KepString const& name) {
@@ -19,6 +20,10 @@ KepString KepProcess::tagToName(int tag) {
 int KepProcess::loadTagTable(int start, int end, int count, KepTagTable const* table) {
   KepRTagManager* m = KepRTagManager::process();
   return m != nullptr ? m->loadTagTable(start, end, count, table) : 0;
+}
+
+int KepProcess::registerErrors(KepDOMElement const& errors) {
+  return _KepErrorRegistry::registerErrors(errors);
 }
 
 void KepProcess::logDebugString(char const* format, ...) {

@@ -7,6 +7,7 @@
 #include "kep/base/KepTagRange.h"
 #include "kep/base/_KepThreadTable.h"
 
+class KepDOMElement;
 class KepThread;
 class KepRunnable;
 class KepTagManager;
@@ -16,9 +17,9 @@ class KepTagManager;
 //
 // The process object is counted like the other subsystems: the first init()
 // makes the process thread table and the process tag manager, the last
-// destroy() takes them down. Objects of subsystems the library does not have
-// yet (error registry, services, configuration, workers, readers, time zones,
-// listeners) have no getters here so far.
+// destroy() takes them down and empties the error registry. Objects of
+// subsystems the library does not have yet (services, configuration, workers,
+// readers, time zones, listeners) have no getters here so far.
 class KEP_API KepProcess {
  public:
   // --- Life cycle ------------------------------------------------------------------
@@ -47,6 +48,12 @@ class KEP_API KepProcess {
   // (KepTagManager::loadTagTable); 0 when there is no tag manager or the table
   // cannot be loaded.
   static int loadTagTable(int start, int end, int count, KepTagTable const* table);
+
+  // Loads error definitions into the process's error registry: the Error
+  // children of `errors` (the document element of a registry file; the layout
+  // is described with _KepErrorRegistry). Answers how many were taken. The
+  // last destroy() forgets them.
+  static int registerErrors(KepDOMElement const& errors);
 
   // Writes a printf-style debug line through the logger.
   static void logDebugString(char const* format, ...) __attribute__((format(printf, 1, 2)));

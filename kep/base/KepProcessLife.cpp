@@ -3,6 +3,7 @@
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRTagManager.h"
 #include "kep/base/KepTagManager.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepThreadTable.h"
 
 namespace {
@@ -25,6 +26,7 @@ void KepProcess::destroy() {
   }
   if (n != 1) return;
   _KepProcessDestroyThreads();
+  _KepErrorRegistry::clear();
   KepRTagManager::destroyProcessManager();
 }
 

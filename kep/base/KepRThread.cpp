@@ -1,8 +1,13 @@
 #include "kep/base/KepRThread.h"
 
+#include "kep/base/KepClassID.h"
 #include "kep/base/KepFactory.h"
+#include "kep/base/KepProcess.h"
+#include "kep/base/_KepErrorRegistry.h"
 #include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepThread.h"
+#include "kep/xml/KepDOMDocument.h"
+#include "kep/xml/KepRDOMNode.h"
 
 namespace {
 
@@ -15,6 +20,13 @@ int readWord(void* tcb, uint32_t (*read)(void*, unsigned long*)) {
 }
 
 constexpr unsigned long kPollMs = 50;
+
+// The tag an element of the error stack was named with: 0 for a mark, and for
+// any node without a tag of its own.
+int errorTag(KepDOMNode const& node) {
+  KepRDOMNode* body = KepRDOMNode::of(node);
+  return body != nullptr ? body->ownNodeID() : 0;
+}
 
 }  // namespace
 
@@ -109,6 +121,86 @@ int KepRThread::getStatus() const { return readWord(getControlBlock(), _KepThrdG
 void KepRThread::setStatus(int status) {
   void* block = getControlBlock();
   if (block != nullptr) _KepThrdSetStatus(block, static_cast<unsigned long>(status));
+}
+
+// --- The error stack ------------------------------------------------------------
+
+KepDOMElement KepRThread::newNamedElement(char const* name) const {
+  KepDOMElement element(getObject(KepClassID::DOMElement));
+  element.setNodeName(KepString(name));
+  return element;
+}
+
+KepDOMElement KepRThread::newErrorElement(int tag) const {
+  // A mark keeps node ID 0, which no document makes; an error comes from the
+  // stack's document like any element named by a tag.
+  if (tag == 0) return KepDOMElement(getObject(KepClassID::DOMElement));
+  KepDOMDocument document = errors.getOwnerDocument();
+  KepDOMElement error = document.createElement(tag);
+  if (error.isNull()) {
+    error = KepDOMElement(getObject(KepClassID::DOMElement));
+    error.setNodeID(tag);
+  }
+  return error;
+}
+
+unsigned long KepRThread::errorOK() const { return getErrorID() == 0 ? 1 : 0; }
+
+void KepRThread::setError(int tag, char const* file, int line) {
+  if (errors.isNull()) errors = newNamedElement("ErrorStack");
+  if (errors.isNull()) return;
+  KepDOMElement error = newErrorElement(tag);
+  if (error.isNull()) return;
+  if (file != nullptr) {
+    error.set(KepString("SourceFile"), KepString(file));
+    error.set(KepString("SourceLine"), line);
+  }
+  errors.insertBefore(error, errors.getFirstChild());
+}
+
+void KepRThread::setError(KepString const& name, char const* file, int line) {
+  setError(KepNameToTag(name), file, line);
+}
+
+int KepRThread::getErrorID() const {
+  return errors.isNull() ? 0 : errorTag(errors.getFirstChild());
+}
+
+KepString KepRThread::getErrorName() const {
+  int tag = getErrorID();
+  return tag != 0 ? KepProcess::tagToName(tag) : KepString();
+}
+
+KepDOMElement KepRThread::getErrorObject() const {
+  return errors.isNull() ? KepDOMElement() : KepDOMElement(errors.getFirstChild());
+}
+
+void KepRThread::clearErrors() {
+  while (getErrorID() != 0) popError();
+}
+
+void KepRThread::popError() {
+  if (errors.isNull()) return;
+  KepDOMNode newest = errors.getFirstChild();
+  if (!newest.isNull()) errors.removeChild(newest);
+}
+
+KepDOMElement KepRThread::getErrors() const { return errors; }
+
+void KepRThread::logErrors() {
+  // The event "LogError", which lets subscribers record the errors first, is
+  // not published yet: the library has no events so far.
+  if (errors.isNull() || errors.hasChildNodes() == 0) return;
+  KepProcess::logDebugString("Unexpected Error:");
+  for (KepDOMNode error = errors.getFirstChild(KepDOMNode::ELEMENT_NODE); !error.isNull();
+       error = error.getNextSibling(KepDOMNode::ELEMENT_NODE)) {
+    _KepLogError(KepDOMElement(error));
+  }
+}
+
+KepDOMElement KepRThread::getXMLData() {
+  if (errorData.isNull()) errorData = newNamedElement("ErrorData");
+  return errorData;
 }
 
 KEP_REGISTER_LIBRARY_CLASS(Thread);

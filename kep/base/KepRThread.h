@@ -12,7 +12,7 @@
 
 // A thread's object: its name, its id and its control block (the memory handle
 // of the thread layer), or no block for a thread the library did not start.
-// Operations are those of KepThread.
+// Operations are those of KepThread, whose error stack lives here.
 //
 // Lifecycle: _init(tcb) runs on the thread it describes and registers the object
 // in the process thread table; _deInit() takes it out again. The object frees its
@@ -54,7 +54,14 @@ class KEP_API KepRThread : public KepRObject {
   KepString threadName;
   std::atomic<uint32_t> threadID;
   std::atomic<void*> tcb;
-  // The thread's error list and error data.
+  // A new element of class "DomElement" named `name`, made through this object.
+  KepDOMElement newNamedElement(char const* name) const;
+  // The new element of an error named by `tag` (a mark for 0).
+  KepDOMElement newErrorElement(int tag) const;
+
+  // The error stack ("ErrorStack", null until the first error) and the error
+  // data ("ErrorData", null until asked for). Only the thread the object
+  // describes changes them.
   KepDOMElement errors;
   KepDOMElement errorData;
 };

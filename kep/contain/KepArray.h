@@ -41,7 +41,9 @@ class KepArray;
 //
 // Out-of-range indexes are silent: at() and remove() answer a null object, put()
 // does nothing, and the array never grows except through setSize(), addElement()
-// and insert(). insert() with an index below 0 or above size() changes nothing.
+// and insert(). insert() with an index below 0 or above size() changes nothing
+// and records the error "Index<0" or "Index > size()" on the calling thread
+// (see KepThread), with the values "Index" and "Size".
 //
 // - clone(): a new array holding the same elements.
 // - equals(other): true when `other` is an array of the same size whose elements

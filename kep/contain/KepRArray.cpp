@@ -2,6 +2,7 @@
 
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepString.h"
+#include "kep/base/KepThreadError.h"
 
 namespace {
 
@@ -127,10 +128,13 @@ void KepRArray::addElement(KepObject const& object) {
 
 void KepRArray::insert(int index, KepObject const& object) {
   int n = size();
-  // Both refusals are to be recorded on the calling thread's error stack
-  // ("Index<0", "Index > size()", source contain/KepRArray) once it exists.
-  if (index < 0) return;
-  if (index > n) return;
+  if (index < 0 || index > n) {
+    KepDOMElement error = KepSetThreadError(KepString(index < 0 ? "Index<0" : "Index > size()"),
+                                            "contain/KepRArray", __LINE__);
+    error.set(KepString("Index"), index);
+    error.set(KepString("Size"), n);
+    return;
+  }
   if (index == n) {
     addElement(object);
     return;

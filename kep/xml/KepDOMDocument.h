@@ -20,7 +20,9 @@ class KepDOMText;
 //
 //  createElement(name), createElement(tag)
 //                          a plain element ("DomElement" class) of that name; a
-//                          null or empty name (tag 0) is refused (null)
+//                          null or empty name (tag 0) is refused (null) and
+//                          records the error "DOMError" with "Code" 5 and
+//                          "Method" on the calling thread (see KepThread)
 //  createElementNS(uri, qualifiedName)
 //                          an element with node ID, prefix, local-name and URI
 //                          tags taken from the arguments; refused (null) as

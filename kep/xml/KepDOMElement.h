@@ -31,7 +31,9 @@ class KepDate;
 //  hasAttribute(name), hasAttributeNS(uri, localName)
 //  setAttribute(name, value)
 //                          sets the value, adding the attribute when missing; a
-//                          null or empty name is refused
+//                          null or empty name is refused and records the error
+//                          "DOMError" with "Code" 5 and "Method" on the calling
+//                          thread (see KepThread)
 //  setAttributeNS(uri, qualifiedName, value)
 //                          the same by namespace URI and local name; an existing
 //                          attribute takes the new prefix. Refused: a prefix

@@ -50,6 +50,13 @@ class KepRDOMDocument;
 //  replaceChild(n, old)    puts `n` where the child `old` was and answers `old`;
 //                          refused (null) as for insertBefore or when `old` is not
 //                          a child. Replacing a node by itself answers it.
+//                          When these three are called on a node that cannot
+//                          have children, or given a null node (or a handle on
+//                          something that is no node), they also record the
+//                          error "DOMError" on the calling thread (see
+//                          KepThread) with the values "Code" (the W3C code: 3
+//                          on a node without children, else 8) and "Method";
+//                          their other refusals record nothing.
 //  transferChildren(to)    moves every child, in order, to the end of `to`'s
 //                          children; answers how many moved (refused ones stay)
 //  transferAttribs(to)     moves every attribute of this element to the element

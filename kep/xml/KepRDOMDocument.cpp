@@ -108,7 +108,10 @@ KepDOMElement KepRDOMDocument::createElement(KepString const& name) {
 }
 
 KepDOMElement KepRDOMDocument::createElement(int tag) {
-  if (tag == 0) return KepDOMElement();  // error stack: INVALID_CHARACTER_ERR
+  if (tag == 0) {
+    recordError(kInvalidCharacterErr, "createElement", "xml/KepRDOMDocument", __LINE__);
+    return KepDOMElement();
+  }
   auto* element = new KepRDOMElement();
   element->setNames(tag, 0, 0, 0);
   return made<KepDOMElement>(element);

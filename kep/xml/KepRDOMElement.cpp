@@ -188,7 +188,10 @@ unsigned long KepRDOMElement::hasAttributeNS(KepString const& uri,
 
 void KepRDOMElement::setAttribute(KepString const& name, KepString const& text) {
   int tag = tagOf(name);
-  if (tag == 0) return;  // error stack: INVALID_CHARACTER_ERR
+  if (tag == 0) {
+    recordError(kInvalidCharacterErr, "setAttribute", "xml/KepRDOMElement", __LINE__);
+    return;
+  }
   if (KepRDOMAttribute* attribute = findAttribute(tag)) {
     attribute->setValue(text);
     return;

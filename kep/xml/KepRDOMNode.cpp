@@ -7,6 +7,7 @@
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepStringBuffer.h"
+#include "kep/base/KepThreadError.h"
 #include "kep/xml/KepDOMDocument.h"
 #include "kep/xml/KepDOMElement.h"
 #include "kep/xml/KepDOMNamedNodeMap.h"
@@ -127,6 +128,12 @@ void KepRDOMNode::setNames(int id, int prefix, int local, int uri) noexcept {
 }
 
 int KepRDOMNode::tagOf(KepString const& name) { return name.isNull() ? 0 : KepNameToTag(name); }
+
+void KepRDOMNode::recordError(int code, char const* method, char const* source, int line) {
+  KepDOMElement error = KepSetThreadError(KepString("DOMError"), source, line);
+  error.set(KepString("Code"), code);
+  error.set(KepString("Method"), KepString(method));
+}
 
 int KepRDOMNode::knownTagOf(KepString const& name) {
   return name.isNull() ? 0 : KepProcess::nameToTag(name);
@@ -291,8 +298,8 @@ KepDOMNodeList KepRDOMNode::getChildNodes() const {
   return KepDOMNodeList(static_cast<KepBridgeToObject*>(list));
 }
 
-// The tree changers refuse quietly: the thread error stack that would record
-// the W3C exception codes does not exist yet.
+// The tree changers refuse bad arguments with a null answer and record the W3C
+// exception code on the calling thread.
 KepDOMNode KepRDOMNode::appendChild(KepDOMNode const& newChild) {
   return insertBefore(newChild, KepDOMNode());
 }
@@ -303,7 +310,8 @@ KepDOMNode KepRDOMNode::insertBefore(KepDOMNode const& newChild, KepDOMNode cons
   KepRDOMNode* ref = of(refChild);
   // A non-null handle on something that is not a node is no node at all.
   if (self == nullptr || child == nullptr || (ref == nullptr && !refChild.isNull())) {
-    // Error stack: HIERARCHY_REQUEST_ERR / NOT_FOUND_ERR.
+    recordError(self == nullptr ? kHierarchyRequestErr : kNotFoundErr, "insertBefore",
+                "xml/KepRDOMNode", __LINE__);
     return KepDOMNode();
   }
   return _KepDOMHandle<KepDOMNode>(self->insertNode(child, ref));
@@ -312,7 +320,10 @@ KepDOMNode KepRDOMNode::insertBefore(KepDOMNode const& newChild, KepDOMNode cons
 KepDOMNode KepRDOMNode::removeChild(KepDOMNode const& oldChild) {
   KepRDOMParentNode* self = asParent();
   KepRDOMNode* child = of(oldChild);
-  if (self == nullptr || child == nullptr) return KepDOMNode();  // error stack: NOT_FOUND_ERR
+  if (self == nullptr || child == nullptr) {
+    recordError(kNotFoundErr, "removeChild", "xml/KepRDOMNode", __LINE__);
+    return KepDOMNode();
+  }
   return self->removeNode(child);
 }
 
@@ -320,7 +331,11 @@ KepDOMNode KepRDOMNode::replaceChild(KepDOMNode const& newChild, KepDOMNode cons
   KepRDOMParentNode* self = asParent();
   KepRDOMNode* child = of(newChild);
   KepRDOMNode* old = of(oldChild);
-  if (self == nullptr || child == nullptr || old == nullptr) return KepDOMNode();
+  if (self == nullptr || child == nullptr || old == nullptr) {
+    recordError(self == nullptr ? kHierarchyRequestErr : kNotFoundErr, "replaceChild",
+                "xml/KepRDOMNode", __LINE__);
+    return KepDOMNode();
+  }
   return self->replaceNode(child, old);
 }
 

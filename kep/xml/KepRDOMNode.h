@@ -71,6 +71,9 @@ class KEP_API KepRDOMNode : public KepRObject {
   // The local-name tag, or the node ID for a node named without namespace: the
   // name that namespace lookups compare.
   int localOrNodeTag() const { return localID != 0 ? localID : nodeTag(); }
+  // The node ID as set: 0 while none was set (nodeTag() then answers the
+  // default name's tag).
+  int ownNodeID() const noexcept { return nodeID; }
   // Sets all four tags at once (a new node's names).
   void setNames(int id, int prefix, int local, int uri) noexcept;
 
@@ -114,6 +117,13 @@ class KEP_API KepRDOMNode : public KepRObject {
   // Answers the tag of a name, adding it to the tag manager; 0 for a null or
   // empty name.
   static int tagOf(KepString const& name);
+  // W3C DOM exception codes of the errors the node operations record.
+  static constexpr int kHierarchyRequestErr = 3;
+  static constexpr int kInvalidCharacterErr = 5;
+  static constexpr int kNotFoundErr = 8;
+  // Records on the calling thread the error "DOMError" with the values "Code"
+  // (`code`) and "Method" (`method`), recorded at `source` and `line`.
+  static void recordError(int code, char const* method, char const* source, int line);
   // Answers the tag of a name without adding it; 0 when unknown.
   static int knownTagOf(KepString const& name);
   // Answers the name of a tag; a null string for 0.
