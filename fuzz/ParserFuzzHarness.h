@@ -46,7 +46,14 @@ inline bool consistentTree(KepDOMNode const& start, size_t& nodes) {
   return true;
 }
 
+// Failed parses record their errors on the calling thread; they are cleared
+// after each input so that the stack does not grow over a run.
 inline bool buildObjects(uint8_t const* data, size_t size) {
+  struct ClearErrors {
+    ~ClearErrors() {
+      if (KepThread* thread = KepProcess::getCurrThread()) thread->clearErrors();
+    }
+  } clearErrors;
   size = std::min(size, kMaxXmlInput);
   KepString text(reinterpret_cast<char const*>(data), 0, static_cast<int>(size));
   KepXMLParser parser(KepGetObject(KepClassID::XMLParser, 0));

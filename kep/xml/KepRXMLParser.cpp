@@ -2,11 +2,12 @@
 
 #include <expat.h>
 
-#include <cstdio>
 #include <memory>
 
 #include "kep/base/KepFactory.h"
-#include "kep/base/KepLogger.h"
+#include "kep/base/KepProcess.h"
+#include "kep/base/KepThread.h"
+#include "kep/base/KepThreadError.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/xml/KepRDOMDocument.h"
 #include "kep/xml/KepRDOMElement.h"
@@ -49,14 +50,30 @@ ParseFailure failureOf(XML_Parser parser) {
                       static_cast<int>(XML_GetCurrentByteIndex(parser))};
 }
 
-// Records a failed parse for the calling thread: the error "XMLParserError"
-// with the parameters "String", "Code", "Line", "Column" and "Byte". The
-// failure goes to the log at error level in the simple parser's form.
+// Records a failed parse on the calling thread's error stack: the error
+// "XMLParserError" with the parameters "String", "Code", "Line", "Column" and
+// "Byte".
 void recordFailure(ParseFailure const& f) {
-  char line[1000];
-  std::snprintf(line, sizeof line, "XMLParserError: %s (code %d) at line %d, column %d, byte %d.",
-                f.text, f.code, f.line, f.column, f.byte);
-  KepLogger::logText(KepLogger::kError, line);
+  KepDOMElement error =
+      KepSetThreadError(KepString("XMLParserError"), "xml/KepRXMLParser", __LINE__);
+  error.set(KepString("String"), KepString(f.text));
+  error.set(KepString("Code"), f.code);
+  error.set(KepString("Line"), f.line);
+  error.set(KepString("Column"), f.column);
+  error.set(KepString("Byte"), f.byte);
+}
+
+// The calling thread's newest error, to tell errors recorded during a parse
+// (by the stream, for example) from those that were there before.
+KepObject newestError() {
+  KepThread* thread = KepProcess::getCurrThread();
+  return thread != nullptr ? KepObject(thread->getErrorObject()) : KepObject();
+}
+
+bool errorSince(KepObject const& before) {
+  KepThread* thread = KepProcess::getCurrThread();
+  return thread != nullptr && thread->errorOK() == 0 &&
+         thread->getErrorObject().getRealKepObj() != before.getRealKepObj();
 }
 
 }  // namespace
@@ -98,7 +115,9 @@ KepDOMNode KepRXMLParser::buildObjects(KepIOStream& stream, KepXPointer const& x
   disableDeferral(parser, 0);
   data.install(parser);
 
+  KepObject errorBefore = newestError();
   bool parsed = true;
+  bool streamFailed = false;
   for (;;) {
     // The block is read straight into the tokenizer's own buffer.
     void* block = XML_GetBuffer(parser, kReadBlock);
@@ -107,6 +126,10 @@ KepDOMNode KepRXMLParser::buildObjects(KepIOStream& stream, KepXPointer const& x
       break;
     }
     int count = stream.read(static_cast<signed char*>(block), 0, kReadBlock);
+    if (errorSince(errorBefore)) {
+      streamFailed = true;
+      break;
+    }
     if (count < 0) break;
     if (count > kReadBlock) count = kReadBlock;
     if (XML_ParseBuffer(parser, count, XML_FALSE) == XML_STATUS_ERROR) {
@@ -119,7 +142,7 @@ KepDOMNode KepRXMLParser::buildObjects(KepIOStream& stream, KepXPointer const& x
     recordFailure(failureOf(parser));
     return KepDOMNode();
   }
-  if (data.failed()) return KepDOMNode();
+  if (streamFailed || data.failed() || errorSince(errorBefore)) return KepDOMNode();
   if (!data.wantsXPointer()) return document;
   return _KepDOMHandle<KepDOMNode>(data.rootFound());
 }

@@ -26,9 +26,14 @@ class KepIOStream;
 //                          plain element of that data type; an attribute "xs"
 //                          names the element's service (and is not kept).
 //                          A malformed document answers a null node, and the
-//                          failure ("XMLParserError" with the parameters
-//                          "String", "Code", "Line", "Column" and "Byte") is
-//                          recorded for the calling thread. A document that
+//                          error "XMLParserError" with the parameters "String"
+//                          (the tokenizer's message), "Code", "Line" (from 1),
+//                          "Column" (from 0) and "Byte" (the offset) of the
+//                          first fault is pushed on the calling thread's error
+//                          stack. An error recorded on that stack during the
+//                          call (by the stream, or by a built object) also ends
+//                          the parse with a null node; errors that were on the
+//                          stack before the call do not count. A document that
 //                          simply ends early (an element left open) is not a
 //                          failure: what was read so far is answered.
 //  setStandardDOM()        from now on every element is a plain element: "dt"

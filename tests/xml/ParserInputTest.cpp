@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "ParserTestSupport.h"
-#include "support/KepLogCapture.h"
 #include "support/KepTestSupport.h"
 
 using domtest::body;
@@ -72,27 +71,72 @@ TEST(XMLParserInput, MarkupSplitAcrossBlocksIsJoined) {
   }
 }
 
-TEST(XMLParserInput, MalformedInputFailsAtTheTokenizersPosition) {
-  keptest::LogCapture log;
+TEST(XMLParserInput, MalformedInputFailsWithTheTokenizersPositionOnTheThread) {
+  KepThread* thread = KepProcess::getCurrThread();
+  ASSERT_NE(thread, nullptr);
   struct Case {
     char const* xml;
-    char const* where;  // the position the failure names
+    int line, column, byte;  // the position the failure names
+    char const* text;        // a part of the tokenizer's message
   };
   Case const cases[] = {
-      {"<a>\n  <b></c>\n</a>", "line 2, column 7, byte 11"},
-      {"<a x=\"1\" x=\"2\"/>", "line 1, column 9, byte 9"},
-      {"<a>&undefined;</a>", "line 1, column 3, byte 3"},
-      {"<a></a><b/>", "line 1, column 7, byte 7"},
+      {"<a>\n  <b></c>\n</a>", 2, 7, 11, "mismatched tag"},
+      {"<a x=\"1\" x=\"2\"/>", 1, 9, 9, "duplicate attribute"},
+      {"<a>&undefined;</a>", 1, 3, 3, "undefined entity"},
+      {"<a></a><b/>", 1, 7, 7, "junk after document element"},
       // At the invalid character.
-      {"\n\n   <1/>", "line 3, column 4, byte 6"},
+      {"\n\n   <1/>", 3, 4, 6, "not well-formed"},
   };
   for (Case const& c : cases) {
-    log.clear();
+    thread->clearErrors();
     EXPECT_TRUE(parse(c.xml).isNull()) << c.xml;
-    EXPECT_TRUE(log.contains(std::string("XMLParserError")) && log.contains(c.where))
-        << c.xml << " wanted " << c.where << " got "
-        << (log.lines().empty() ? "" : log.lines().back());
+    ASSERT_EQ(text(thread->getErrorName()), "XMLParserError") << c.xml;
+    KepDOMElement error = thread->getErrorObject();
+    EXPECT_EQ(error.get(KepString("Line")).getInteger(), c.line) << c.xml;
+    EXPECT_EQ(error.get(KepString("Column")).getInteger(), c.column) << c.xml;
+    EXPECT_EQ(error.get(KepString("Byte")).getInteger(), c.byte) << c.xml;
+    EXPECT_NE(text(error.getString(KepString("String"))).find(c.text), std::string::npos) << c.xml;
+    EXPECT_GT(error.get(KepString("Code")).getInteger(), 0) << c.xml;
+    thread->popError();
+    EXPECT_NE(thread->errorOK(), 0u);
   }
+  // A well-formed document leaves the stack alone, also when an older error is
+  // still on it.
+  thread->setError(KepString("SomeOlderError"), nullptr, 0);
+  EXPECT_FALSE(parse("<ok/>").isNull());
+  EXPECT_EQ(text(thread->getErrorName()), "SomeOlderError");
+  thread->clearErrors();
+}
+
+namespace {
+
+// A stream that records an error on the reading thread at its second read, as
+// a failing device would.
+class FailingStream : public KepRStringBufferIOStream {
+ public:
+  int reads = 0;
+  int read(signed char* buffer, int offset, int length) override {
+    if (++reads == 2) {
+      KepSetThreadError(KepString("StreamReadError"), nullptr, 0);
+      return -1;
+    }
+    return KepRStringBufferIOStream::read(buffer, offset, length);
+  }
+  using KepRStringBufferIOStream::read;
+};
+
+}  // namespace
+
+TEST(XMLParserInput, AnErrorRecordedWhileReadingStopsTheParse) {
+  KepThread* thread = KepProcess::getCurrThread();
+  thread->clearErrors();
+  auto* failing = new FailingStream();
+  KepStringBufferIOStream stream(static_cast<KepBridgeToObject*>(failing));
+  stream.setText(KepString(documentOfSize(40000).c_str()));
+  EXPECT_TRUE(newParser().buildObjects(stream).isNull());
+  EXPECT_EQ(failing->reads, 2);
+  EXPECT_EQ(text(thread->getErrorName()), "StreamReadError");
+  thread->clearErrors();
 }
 
 TEST(XMLParserInput, ADocumentThatEndsEarlyIsNotAFailure) {
@@ -152,7 +196,11 @@ TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
   ASSERT_FALSE(content.isNull());
   EXPECT_LT(content.getString().length(), 100);
   // In an attribute the tokenizer's amplification limit stops it.
+  KepThread* thread = KepProcess::getCurrThread();
+  thread->clearErrors();
   EXPECT_TRUE(parse(laughs + "<r a=\"&j;\"/>").isNull());
+  EXPECT_EQ(text(thread->getErrorName()), "XMLParserError");
+  thread->clearErrors();
 
   // An external entity is not read.
   keptest::TempDir dir;
