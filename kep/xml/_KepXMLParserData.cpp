@@ -58,10 +58,12 @@ int dataTypeNamed(char const* name) {
 _KepXMLParserData* dataOf(void* user) { return static_cast<_KepXMLParserData*>(user); }
 
 // The tokenizer is C code: nothing may unwind through it. A callback that runs
-// out of memory stops the parse instead.
+// out of memory stops the parse instead, and the callbacks the tokenizer may
+// still deliver after that find the state half-updated and do nothing.
 template <class F>
 void guarded(void* user, F work) {
   _KepXMLParserData* data = dataOf(user);
+  if (data->failed()) return;
   try {
     work(data);
   } catch (...) {
