@@ -2,6 +2,7 @@
 // modes, the event-handler hook and XPointer-restricted builds.
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 #include "ParserTestSupport.h"
@@ -268,6 +269,31 @@ TEST(XMLParserObjects, TheEventHandlerMayPlaceElementsItself) {
   EXPECT_TRUE(placer.kept.getParentNode().isNull());
   EXPECT_EQ(placer.kept.getChildCount(), 2);
   EXPECT_EQ(text(placer.kept.getString()), "t");
+}
+
+namespace {
+
+// Fails like an allocation would, on the element named "boom".
+struct Thrower : KepXMLParserEventHandler {
+  unsigned long createElement(KepDOMElement* element, KepRDOMParentNode*) override {
+    if (text(element->getNodeName()) == "boom") throw std::bad_alloc();
+    return 0;
+  }
+};
+
+}  // namespace
+
+TEST(XMLParserObjects, AFailureInsideACallbackStopsTheParseCleanly) {
+  Thrower thrower;
+  KepXMLParser parser = newParser();
+  static_cast<KepRXMLParser*>(body(parser))->setEventHandler(&thrower);
+  KepThread* thread = KepProcess::getCurrThread();
+  thread->clearErrors();
+  // The empty element makes the tokenizer deliver its end right after the start.
+  EXPECT_TRUE(parse("<r xmlns:p=\"u\"><a>t</a><p:x><boom/>tail</p:x><c/></r>", parser).isNull());
+  EXPECT_EQ(text(thread->getErrorName()), "XMLParserError");
+  thread->clearErrors();
+  EXPECT_FALSE(parse("<r><a/></r>", parser).isNull());
 }
 
 TEST(XMLParserXPointer, OnlyTheFirstElementAtThePathIsBuilt) {
