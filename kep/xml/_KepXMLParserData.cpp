@@ -325,14 +325,38 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
   return element;
 }
 
-void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const** attributes) {
+namespace {
+
+// The prefix part of a name as the tokenizer delivers it, when the name was
+// taken for a prefixed one: the part after the last colon.
+char const* prefixOf(char const* raw, bool prefixed) {
+  if (!prefixed) return "";
+  char const* colon = std::strrchr(raw, ':');
+  return colon != nullptr ? colon + 1 : "";
+}
+
+}  // namespace
+
+void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
+                                      char const** attributes) {
+  // The declarations go where the DOM writer puts them, so that what it wrote
+  // reads back into the same attribute order: the one binding the element's
+  // own prefix first, each one binding an attribute's prefix right after that
+  // attribute, the others last.
+  size_t firstDeclaration = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
+  size_t declarations = bindings.size() - firstDeclaration;
+  if (declarations > 0) {
+    placed.assign(declarations, false);
+    Names const& own = resolve(name);
+    addDeclaration(element, firstDeclaration, prefixOf(name, own.prefix != 0));
+  }
   for (char const** a = attributes; a[0] != nullptr; a += 2) {
     if (std::strcmp(a[0], "xs") == 0) {
       int service = KepProcess::nameToTag(widened(a[1]));
       if (service != 0) element->setService(service);
       continue;
     }
-    Names const& names = resolve(a[0]);
+    Names const names = resolve(a[0]);
     if (names.id == 0) continue;
     auto* attribute = new KepRDOMAttribute();
     KepObject holder(static_cast<KepBridgeToObject*>(attribute));
@@ -340,18 +364,26 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const** attr
     attribute->initValue(shortText(a[1], std::strlen(a[1])));
     bool refused = false;
     element->attributeList()->put(attribute, names.uri != 0, refused);
+    if (declarations > 0 && names.prefix != 0) {
+      addDeclaration(element, firstDeclaration, prefixOf(a[0], true));
+    }
+  }
+  for (size_t i = 0; i < declarations; ++i) {
+    if (!placed[i])
+      addDeclaration(element, firstDeclaration, bindings[firstDeclaration + i].prefix.c_str());
   }
 }
 
-void _KepXMLParserData::addDeclarations(KepRDOMElement* element) {
-  int count = declarationsPerLevel.back();
-  if (count == 0) return;
+void _KepXMLParserData::addDeclaration(KepRDOMElement* element, size_t first, char const* prefix) {
   static KepString const xmlnsUri(kXmlnsNamespace);
-  for (size_t i = bindings.size() - static_cast<size_t>(count); i < bindings.size(); ++i) {
-    Binding const& b = bindings[i];
-    std::string name = b.prefix.empty() ? std::string("xmlns") : "xmlns:" + b.prefix;
-    element->setAttributeNS(xmlnsUri, widened(name.data(), name.size()),
+  for (size_t i = 0; i + first < bindings.size(); ++i) {
+    Binding const& b = bindings[first + i];
+    if (placed[i] || b.prefix != prefix) continue;
+    placed[i] = true;
+    std::string attributeName = b.prefix.empty() ? std::string("xmlns") : "xmlns:" + b.prefix;
+    element->setAttributeNS(xmlnsUri, widened(attributeName.data(), attributeName.size()),
                             widened(b.uri.data(), b.uri.size()));
+    return;
   }
 }
 
@@ -377,8 +409,7 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
     }
   }
   element->adoptOne(anchor);
-  setAttributes(element, attributes);
-  addDeclarations(element);
+  setAttributes(element, name, attributes);
 
   KepRDOMParentNode* parent = parents.back();
   bool placed = false;

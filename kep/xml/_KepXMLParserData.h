@@ -99,8 +99,12 @@ class _KepXMLParserData {
   // Makes the element's body: an object of the class named by "dt" or
   // "ElementId" (unless in standard-DOM mode), else a plain element.
   KepRDOMElement* makeElement(char const** attributes, KepObject& holder);
-  void setAttributes(KepRDOMElement* element, char const** attributes);
-  void addDeclarations(KepRDOMElement* element);
+  // Sets the attributes (all but "xs", which names the service) and the
+  // namespace declarations this element made, as "xmlns" attributes.
+  void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
+  // Adds the first declaration of this element (from bindings[first]) that
+  // binds `prefix` and is not added yet.
+  void addDeclaration(KepRDOMElement* element, size_t first, char const* prefix);
   // Appends the pending text to the current parent as a text node (a CDATA
   // section inside CDATA; `force` makes an empty section too).
   void flushText(bool force = false);
@@ -135,6 +139,8 @@ class _KepXMLParserData {
   std::vector<Binding> bindings;
   std::vector<int> declarationsPerLevel;
   int pendingDeclarations = 0;
+  // Which of the current element's declarations are added already.
+  std::vector<bool> placed;
 
   // Pending character data: up to 1024 bytes here, then everything in
   // `overflow`.

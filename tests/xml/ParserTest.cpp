@@ -150,6 +150,24 @@ TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
   EXPECT_EQ(text(prefixed.getNamespaceURI()), "urn:x:y");
 }
 
+TEST(XMLParserNames, DeclarationsTakeThePlacesTheWriterGivesThem) {
+  // The writer declares the element's own prefix after the name and an
+  // attribute's prefix right after the attribute.
+  KepDOMElement r = root(
+      "<rt:top a=\"1\" xmlns:z=\"u:3\" o:mark=\"m\" xmlns:o=\"u:2\" plain=\"p\" "
+      "xmlns:rt=\"u:1\"><in xmlns=\"u:4\" b=\"2\"/></rt:top>");
+  ASSERT_FALSE(r.isNull());
+  auto order = [](KepDOMElement e) {
+    std::vector<std::string> names;
+    KepDOMNamedNodeMap map = e.getAttributes();
+    for (int i = 0; i < map.getLength(); ++i) names.push_back(text(map.item(i).getNodeName()));
+    return names;
+  };
+  EXPECT_EQ(order(r),
+            (std::vector<std::string>{"xmlns:rt", "a", "o:mark", "xmlns:o", "plain", "xmlns:z"}));
+  EXPECT_EQ(order(KepDOMElement(r.getFirstChild())), (std::vector<std::string>{"xmlns", "b"}));
+}
+
 TEST(XMLParserNames, ALastUriPartThatLooksLikeAPrefixIsNotTakenForOne) {
   // The default namespace "urn:a:b" ends in what could be a local name "a"
   // and a prefix "b"; "b" is bound elsewhere, to another URI.
