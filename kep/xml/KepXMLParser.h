@@ -18,7 +18,10 @@ class KepIOStream;
 //                          ("Settings.Mail", element names from the document
 //                          element down) is built, with everything below it, and
 //                          that element is answered, or a null node when the
-//                          document has none there. An element carrying an
+//                          document has none there. The element answered has no
+//                          parent, and its document is gone (its owner document
+//                          is null). Names in the path are qualified names
+//                          ("p:item"), compared exactly. An element carrying an
 //                          attribute "dt" or "ElementId" that names a class is
 //                          built as an object of that class (see the modes); a
 //                          "dt" naming a value type ("int", "string", "date",
