@@ -112,6 +112,7 @@
 #include "kep/xml/KepRDOMProcessingInstruction.h"
 #include "kep/xml/KepRDOMRepeatingNodeList.h"
 #include "kep/xml/KepRDOMText.h"
+#include "kep/xml/KepRDOMWriter.h"
 #include "kep/xml/KepVisitor.h"
 #include "kep/xml/KepRXMLParser.h"
 #include "kep/xml/KepRXPointer.h"

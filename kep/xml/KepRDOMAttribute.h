@@ -30,6 +30,8 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
 
   KepRDOMElement* ownerElementBody() const noexcept { return element; }
   void setOwnerElement(KepRDOMElement* owner) noexcept { element = owner; }
+  // The value itself, for readers that only look at it.
+  KepString const& valueRef() const noexcept { return value; }
   // Sets the value of an attribute nobody has seen yet, without notes.
   void initValue(KepString const& text) { value = text; }
 

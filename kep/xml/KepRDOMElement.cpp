@@ -10,6 +10,7 @@
 #include "kep/xml/KepDOMAttribute.h"
 #include "kep/xml/KepDOMNamedNodeMap.h"
 #include "kep/xml/KepDOMNodeList.h"
+#include "kep/xml/KepDOMWriter.h"
 #include "kep/xml/KepRDOMAttribute.h"
 #include "kep/xml/KepRDOMAttributeList.h"
 #include "kep/xml/KepRDOMNodeList.h"
@@ -495,6 +496,28 @@ KepString KepRDOMElement::dataTypeName(int type) {
 }
 
 KepString KepRDOMElement::_getDataTypeStr(int type) const { return dataTypeName(type); }
+
+unsigned long KepRDOMElement::serializeAsXML(KepDOMWriter& writer) {
+  // A plain element says its data type by name, so that a reader can restore
+  // it; an element of another class is written with its class name instead.
+  // The writer asks once at the transform state whether the element takes
+  // part, and the type goes out just before the children, after the element's
+  // own attributes. The writer's own output for each state is never replaced.
+  if (dataType < kTypeInt || dataType > kTypeFloat || getClassID() != KepClassID::DOMElement) {
+    return 0;
+  }
+  int state = writer.getState();
+  if (state != KepDOMWriter::ELEMENT_TRANSFORM && state != KepDOMWriter::ELEMENT_BEFORE_CHILDREN) {
+    return 0;
+  }
+  KepString type = _getDataTypeStr(dataType);
+  if (type.isNull() || findAttribute(knownTagOf(KepString("dt"))) != nullptr) return 0;
+  if (state == KepDOMWriter::ELEMENT_TRANSFORM) return 1;
+  writer.write(KepString(" dt=\""));
+  writer.write(type);
+  writer.write(KepString("\""));
+  return 0;
+}
 
 void KepRDOMElement::registerKnownInterest() {}
 

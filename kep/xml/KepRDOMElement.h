@@ -36,6 +36,10 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   unsigned long hasAttributes() const override;
   int transferAttribs(KepDOMNode& to) override;
   KepRDOMElement* asElement() const noexcept override;
+  // The writer's hook: a plain element whose data type has a name (1..8) and
+  // that has no attribute "dt" writes " dt=\"<type name>\"" after its
+  // attributes; answers 0 at every state but the transform check.
+  unsigned long serializeAsXML(KepDOMWriter& writer) override;
   void adoptOne(_KepDOMDocAnchor* anchor) override;
   void copyInto(KepRDOMNode& copy) const override;
   void childrenChanged() override;
