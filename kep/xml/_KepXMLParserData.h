@@ -1,0 +1,177 @@
+// _KepXMLParserData: the state of one buildObjects call, handed to the XML
+// tokenizer as its user data.
+#ifndef KEP_XML_KEPXMLPARSERDATA_H
+#define KEP_XML_KEPXMLPARSERDATA_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "kep/base/KepString.h"
+#include "kep/base/KepStringBuffer.h"
+#include "kep/xml/KepXMLParser.h"
+#include "kep/xml/KepXMLParserEventHandler.h"
+
+class KepRDOMDocument;
+class KepRDOMElement;
+class KepRDOMNode;
+class KepRDOMParentNode;
+struct _KepDOMDocAnchor;
+
+// Builds the tree of one document from the tokenizer's callbacks. Nothing here
+// recurses on the depth of the document: the open elements are a heap stack.
+//
+// With a requested XPointer only the first element at that path and its subtree
+// are built (the element goes straight under the document); the elements around
+// it are followed for the path and their namespace declarations only.
+//
+// Not thread-safe: one object serves one parse on one thread.
+class _KepXMLParserData {
+ public:
+  // The tags of one element or attribute name: its node ID (the qualified name),
+  // prefix, local name and namespace URI (0 when absent).
+  struct Names {
+    int id = 0;
+    int prefix = 0;
+    int local = 0;
+    int uri = 0;
+  };
+
+  // A parse that builds into `document` (which the caller keeps alive) with the
+  // parser's `mode` flags and event `handler` (may be null); `parser` is the
+  // handle handed to the nodes' hooks. A null or empty `xpointer` builds the
+  // whole document.
+  _KepXMLParserData(KepRDOMDocument* document, KepXPointer const& xpointer, int mode,
+                    KepXMLParserEventHandler* handler, KepXMLParser const& parser);
+  // Releases the elements still open (input that ended early).
+  ~_KepXMLParserData();
+  _KepXMLParserData(_KepXMLParserData const&) = delete;
+  _KepXMLParserData& operator=(_KepXMLParserData const&) = delete;
+
+  // Installs every callback on `tokenizer` (an XML_Parser), with this object
+  // as its user data.
+  void install(void* tokenizer);
+
+  // The element found at the requested XPointer, or null (not counted; the
+  // document holds it).
+  KepRDOMElement* rootFound() const noexcept { return found; }
+  // Whether the XPointer's element was found.
+  bool wantsXPointer() const noexcept { return !target.empty(); }
+  // Set when a callback could not complete (no memory): the parse was stopped.
+  bool failed() const noexcept { return failure; }
+
+  // --- The callbacks' work (called through the tokenizer's C callbacks) -------
+  void startElement(char const* name, char const** attributes);
+  void endElement();
+  void characters(char const* text, int length);
+  void startNamespace(char const* prefix, char const* uri);
+  void startCData();
+  void endCData();
+  // Comments, processing instructions and notation declarations add no nodes:
+  // they only end the pending text.
+  void flushOnly();
+  // Stops the tokenizer after a failure inside a callback.
+  void stop();
+
+ private:
+  // One namespace declaration in scope.
+  struct Binding {
+    std::string prefix;  // empty for the default namespace
+    std::string uri;     // empty when the default namespace is undeclared
+  };
+  // One slot of the name cache.
+  struct Slot {
+    uint64_t hash = 0;
+    uint32_t offset = 0;
+    uint32_t length = 0;
+    bool used = false;
+    Names names;
+  };
+
+  // Whether elements are built at the current position.
+  bool building() const noexcept { return target.empty() || matchDepth != 0; }
+  // The tags of a name as the tokenizer delivers it: "name", "uri:name" or
+  // "uri:name:prefix", where the URI may hold colons itself.
+  Names const& resolve(char const* raw);
+  Names makeNames(std::string const& prefix, std::string const& local, std::string const& uri);
+  // The URI bound to `prefix` in the innermost declaration, or null.
+  std::string const* lookupPrefix(char const* prefix, size_t length) const;
+  // Makes the element's body: an object of the class named by "dt" or
+  // "ElementId" (unless in standard-DOM mode), else a plain element.
+  KepRDOMElement* makeElement(char const** attributes, KepObject& holder);
+  // Sets the attributes (all but "xs", which names the service) and the
+  // namespace declarations this element made, as "xmlns" attributes.
+  void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
+  // Adds the first declaration of this element (from bindings[first]) that
+  // binds `prefix` and is not added yet.
+  void addDeclaration(KepRDOMElement* element, size_t first, char const* prefix);
+  // Appends the pending text to the current parent as a text node (a CDATA
+  // section inside CDATA; `force` makes an empty section too).
+  void flushText(bool force = false);
+  // Follows the path of element names while the XPointer is not reached.
+  void enterPath(char const* name);
+
+  _KepDOMDocAnchor* anchor;
+  KepXMLParser parserHandle;
+  int mode;
+  KepXMLParserEventHandler* handler;
+  void* tokenizer = nullptr;
+
+  // The open parents, innermost last, each holding one reference; the
+  // document first.
+  std::vector<KepRDOMParentNode*> parents;
+  KepRDOMElement* found = nullptr;
+
+  // XPointer tracking: the requested path, the path of the current position
+  // (followed until the path is reached), the length of that path at each
+  // depth, the current depth and the depth of the found element while inside
+  // it.
+  std::vector<unsigned short> target;
+  std::vector<unsigned short> path;
+  std::vector<size_t> pathLengths;
+  bool reached = false;
+  int depth = 0;
+  int matchDepth = 0;
+
+  // Namespace declarations in scope, innermost last, and how many each open
+  // element made; declarations reported before an element starts wait in
+  // `pendingDeclarations`.
+  std::vector<Binding> bindings;
+  std::vector<int> declarationsPerLevel;
+  int pendingDeclarations = 0;
+  // Which of the current element's declarations are added already.
+  std::vector<bool> placed;
+
+  // Pending character data: up to 1024 bytes here, then everything in
+  // `overflow`.
+  static constexpr int kPendingSize = 1024;
+  char pending[kPendingSize];
+  int pendingLength = 0;
+  bool textPending = false;
+  bool overflowing = false;
+  KepStringBuffer overflow;
+  bool inCData = false;
+
+  // The names met so far, by their bytes as delivered (plus one byte telling
+  // whether the last part was taken for a prefix).
+  std::vector<Slot> slots;
+  std::string nameBytes;
+  size_t slotsUsed = 0;
+
+  // Short texts and attribute values met before, shared by the nodes that
+  // hold the same bytes (strings never change). Direct-mapped by a hash of the
+  // bytes: a collision replaces the older entry.
+  KepString shortText(char const* bytes, size_t length);
+  static constexpr size_t kShortText = 24;
+  static constexpr size_t kShortSlots = 512;
+  struct ShortSlot {
+    uint8_t length = 0;
+    char bytes[kShortText];
+    KepString text;
+  };
+  std::vector<ShortSlot> shortTexts;
+
+  bool failure = false;
+};
+
+#endif  // KEP_XML_KEPXMLPARSERDATA_H

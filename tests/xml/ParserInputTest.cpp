@@ -1,0 +1,312 @@
+// The XML parser's input: block reads, malformed and hostile documents, deep
+// nesting, real files from the system and parsing on several threads.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ParserTestSupport.h"
+#include "support/KepTestSupport.h"
+
+using domtest::body;
+using domtest::text;
+using parsetest::newParser;
+using parsetest::parse;
+using parsetest::root;
+
+namespace {
+
+// A document of exactly `size` bytes: one element whose text fills it up.
+std::string documentOfSize(int size) {
+  std::string xml = "<doc>";
+  std::string const tail = "</doc>";
+  while (static_cast<int>(xml.size() + tail.size()) < size) xml.push_back('x');
+  return xml + tail;
+}
+
+}  // namespace
+
+TEST(XMLParserInput, ReadsBlocksOf32767BytesUntilAShortRead) {
+  struct Case {
+    int size;
+    std::vector<int> reads;
+  };
+  Case const cases[] = {{100, {100}},
+                        {32766, {32766}},
+                        {32767, {32767, -1}},
+                        {32768, {32767, 1}},
+                        {65534, {32767, 32767, -1}}};
+  for (Case const& c : cases) {
+    auto* recording = new parsetest::RecordingStream();
+    KepStringBufferIOStream stream(static_cast<KepBridgeToObject*>(recording));
+    std::string xml = documentOfSize(c.size);
+    ASSERT_EQ(static_cast<int>(xml.size()), c.size);
+    stream.setText(KepString(xml.c_str()));
+    KepDOMNode doc = newParser().buildObjects(stream);
+    EXPECT_EQ(recording->reads, c.reads) << c.size;
+    ASSERT_FALSE(doc.isNull()) << c.size;
+    EXPECT_EQ(KepDOMDocument(doc).getDocumentElement().getString().length(), c.size - 11) << c.size;
+  }
+}
+
+TEST(XMLParserInput, MarkupSplitAcrossBlocksIsJoined) {
+  // Element names, attributes and text straddle every block boundary.
+  std::string xml = "<root>";
+  int n = 0;
+  while (xml.size() < 3 * 32767 + 100) {
+    xml += "<item number=\"" + std::to_string(n) + "\">text " + std::to_string(n) + "</item>";
+    ++n;
+  }
+  xml += "</root>";
+  KepDOMElement r = root(xml);
+  ASSERT_FALSE(r.isNull());
+  ASSERT_EQ(r.getChildCount(), n);
+  int i = 0;
+  for (KepDOMElement item(r.getFirstChild()); !item.isNull(); item = item.getNextSibling(), ++i) {
+    ASSERT_EQ(text(item.getAttribute(KepString("number"))), std::to_string(i));
+    ASSERT_EQ(text(item.getString()), "text " + std::to_string(i));
+  }
+}
+
+TEST(XMLParserInput, MalformedInputFailsWithTheTokenizersPositionOnTheThread) {
+  KepThread* thread = KepProcess::getCurrThread();
+  ASSERT_NE(thread, nullptr);
+  struct Case {
+    char const* xml;
+    int line, column, byte;  // the position the failure names
+    char const* text;        // a part of the tokenizer's message
+  };
+  Case const cases[] = {
+      {"<a>\n  <b></c>\n</a>", 2, 7, 11, "mismatched tag"},
+      {"<a x=\"1\" x=\"2\"/>", 1, 9, 9, "duplicate attribute"},
+      {"<a>&undefined;</a>", 1, 3, 3, "undefined entity"},
+      {"<a></a><b/>", 1, 7, 7, "junk after document element"},
+      // At the invalid character.
+      {"\n\n   <1/>", 3, 4, 6, "not well-formed"},
+  };
+  for (Case const& c : cases) {
+    thread->clearErrors();
+    EXPECT_TRUE(parse(c.xml).isNull()) << c.xml;
+    ASSERT_EQ(text(thread->getErrorName()), "XMLParserError") << c.xml;
+    KepDOMElement error = thread->getErrorObject();
+    EXPECT_EQ(error.get(KepString("Line")).getInteger(), c.line) << c.xml;
+    EXPECT_EQ(error.get(KepString("Column")).getInteger(), c.column) << c.xml;
+    EXPECT_EQ(error.get(KepString("Byte")).getInteger(), c.byte) << c.xml;
+    EXPECT_NE(text(error.getString(KepString("String"))).find(c.text), std::string::npos) << c.xml;
+    EXPECT_GT(error.get(KepString("Code")).getInteger(), 0) << c.xml;
+    thread->popError();
+    EXPECT_NE(thread->errorOK(), 0u);
+  }
+  // A well-formed document leaves the stack alone, also when an older error is
+  // still on it.
+  thread->setError(KepString("SomeOlderError"), nullptr, 0);
+  EXPECT_FALSE(parse("<ok/>").isNull());
+  EXPECT_EQ(text(thread->getErrorName()), "SomeOlderError");
+  thread->clearErrors();
+}
+
+namespace {
+
+// A stream that records an error on the reading thread at its second read, as
+// a failing device would.
+class FailingStream : public KepRStringBufferIOStream {
+ public:
+  int reads = 0;
+  int read(signed char* buffer, int offset, int length) override {
+    if (++reads == 2) {
+      KepSetThreadError(KepString("StreamReadError"), nullptr, 0);
+      return -1;
+    }
+    return KepRStringBufferIOStream::read(buffer, offset, length);
+  }
+  using KepRStringBufferIOStream::read;
+};
+
+}  // namespace
+
+TEST(XMLParserInput, AnErrorRecordedWhileReadingStopsTheParse) {
+  KepThread* thread = KepProcess::getCurrThread();
+  thread->clearErrors();
+  auto* failing = new FailingStream();
+  KepStringBufferIOStream stream(static_cast<KepBridgeToObject*>(failing));
+  stream.setText(KepString(documentOfSize(40000).c_str()));
+  EXPECT_TRUE(newParser().buildObjects(stream).isNull());
+  EXPECT_EQ(failing->reads, 2);
+  EXPECT_EQ(text(thread->getErrorName()), "StreamReadError");
+  thread->clearErrors();
+}
+
+TEST(XMLParserInput, ADocumentThatEndsEarlyIsNotAFailure) {
+  KepDOMNode doc = parse("<a><b>done</b><c>unfinished");
+  ASSERT_FALSE(doc.isNull());
+  KepDOMElement a = KepDOMDocument(doc).getDocumentElement();
+  EXPECT_EQ(text(a.get(KepString("b")).getString()), "done");
+  EXPECT_FALSE(a.get(KepString("c")).isNull());
+  // Empty input gives an empty document.
+  KepDOMNode empty = parse("");
+  ASSERT_FALSE(empty.isNull());
+  EXPECT_EQ(empty.hasChildNodes(), 0u);
+}
+
+TEST(XMLParserInput, DeepNestingIsBuiltWithoutRecursion) {
+  int const depth = 100000;
+  std::string xml;
+  xml.reserve(static_cast<size_t>(depth) * 8);
+  for (int i = 0; i < depth; ++i) xml += "<d>";
+  xml += "bottom";
+  for (int i = 0; i < depth; ++i) xml += "</d>";
+  KepDOMElement e = root(xml);
+  ASSERT_FALSE(e.isNull());
+  int levels = 1;
+  while (e.getFirstChild().getNodeType() == KepDOMNode::ELEMENT_NODE) {
+    e = KepDOMElement(e.getFirstChild());
+    ++levels;
+  }
+  EXPECT_EQ(levels, depth);
+  EXPECT_EQ(text(e.getString()), "bottom");
+  // The same depth with a path to its bottom.
+  std::string path = "d";
+  for (int i = 1; i < 2000; ++i) path += ".d";
+  KepStringBufferIOStream stream = parsetest::streamOf(xml);
+  KepDOMElement found(newParser().buildObjects(stream, KepXPointer(path.c_str())));
+  ASSERT_FALSE(found.isNull());
+  int below = 1;
+  for (KepDOMElement d = found; d.getFirstChild().getNodeType() == KepDOMNode::ELEMENT_NODE;
+       d = KepDOMElement(d.getFirstChild())) {
+    ++below;
+  }
+  EXPECT_EQ(below, depth - 1999);
+}
+
+TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
+  // Exponential expansion, in content and in an attribute.
+  std::string laughs = "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\">";
+  char prev = 'a';
+  for (char c = 'b'; c <= 'j'; ++c) {
+    laughs += std::string("<!ENTITY ") + c + " \"";
+    for (int i = 0; i < 10; ++i) laughs += std::string("&") + prev + ";";
+    laughs += "\">";
+    prev = c;
+  }
+  laughs += "]>";
+  KepDOMElement content = root(laughs + "<r>&j;</r>");
+  ASSERT_FALSE(content.isNull());
+  EXPECT_LT(content.getString().length(), 100);
+  // In an attribute the tokenizer's amplification limit stops it.
+  KepThread* thread = KepProcess::getCurrThread();
+  thread->clearErrors();
+  EXPECT_TRUE(parse(laughs + "<r a=\"&j;\"/>").isNull());
+  EXPECT_EQ(text(thread->getErrorName()), "XMLParserError");
+  thread->clearErrors();
+
+  // An external entity is not read.
+  keptest::TempDir dir;
+  std::string secret = dir.file("secret.txt");
+  std::ofstream(secret) << "SECRET";
+  KepDOMElement external =
+      root("<!DOCTYPE r [<!ENTITY e SYSTEM \"file://" + secret + "\">]><r>&e;</r>");
+  ASSERT_FALSE(external.isNull());
+  EXPECT_EQ(external.getString().indexOf(KepString("SECRET")), -1);
+}
+
+namespace {
+
+// The names of the elements of a file in document order, and the number of
+// attributes of each, as the simple parser reports them.
+struct Outline {
+  std::vector<std::string> names;
+  std::vector<int> attributes;
+  std::ifstream in;
+};
+
+int readOutline(void* user, char* buffer, int offset, int size) {
+  auto* o = static_cast<Outline*>(user);
+  o->in.read(buffer + offset, size);
+  auto n = static_cast<int>(o->in.gcount());
+  return n > 0 ? n : -1;
+}
+
+void startOutline(void* user, char const* name, char const** attributes) {
+  auto* o = static_cast<Outline*>(user);
+  o->names.push_back(name);
+  int n = 0;
+  for (char const** a = attributes; *a != nullptr; a += 2) {
+    std::string name = *a;
+    if (name != "xmlns" && name.rfind("xmlns:", 0) != 0) ++n;
+  }
+  o->attributes.push_back(n);
+}
+
+// The same from the built tree (namespace declarations excluded, names by
+// qualified name).
+void outlineOf(KepDOMNode const& start, std::vector<std::string>& names, std::vector<int>& counts) {
+  std::vector<KepDOMNode> work{start};
+  while (!work.empty()) {
+    KepDOMNode n = work.back();
+    work.pop_back();
+    if (n.getNodeType() == KepDOMNode::ELEMENT_NODE) {
+      names.push_back(text(n.getNodeName()));
+      int count = 0;
+      KepDOMNamedNodeMap map = n.getAttributes();
+      for (int i = 0; i < map.getLength(); ++i) {
+        std::string name = text(map.item(i).getNodeName());
+        if (name != "xmlns" && name.rfind("xmlns:", 0) != 0) ++count;
+      }
+      counts.push_back(count);
+    }
+    std::vector<KepDOMNode> children;
+    for (KepDOMNode c = n.getFirstChild(); !c.isNull(); c = c.getNextSibling())
+      children.push_back(c);
+    work.insert(work.end(), children.rbegin(), children.rend());
+  }
+}
+
+}  // namespace
+
+TEST(XMLParserInput, RealFilesOfTheSystemAreReadWhole) {
+  char const* const files[] = {"/etc/fonts/fonts.conf", "/usr/share/dbus-1/system.conf",
+                               "/usr/share/dbus-1/session.conf",
+                               "/usr/share/mime/packages/freedesktop.org.xml"};
+  int read = 0;
+  for (char const* path : files) {
+    Outline expected;
+    expected.in.open(path, std::ios::binary);
+    if (!expected.in) continue;  // not installed here
+    ASSERT_TRUE(KepRXMLSimpleParserExecute(&expected, readOutline, startOutline, nullptr, nullptr))
+        << path;
+    KepFile file{KepString(path)};
+    KepDOMNode doc = newParser().buildObjects(file);
+    file.close();
+    ASSERT_FALSE(doc.isNull()) << path;
+    std::vector<std::string> names;
+    std::vector<int> counts;
+    outlineOf(doc, names, counts);
+    EXPECT_EQ(names, expected.names) << path;
+    EXPECT_EQ(counts, expected.attributes) << path;
+    ++read;
+  }
+  if (read == 0) GTEST_SKIP() << "none of the sample files is installed";
+}
+
+TEST(XMLParserInput, OneParserServesSeveralThreads) {
+  KepXMLParser parser = newParser();
+  std::string xml = "<r>";
+  for (int i = 0; i < 300; ++i) xml += "<i n=\"" + std::to_string(i) + "\">v</i>";
+  xml += "</r>";
+  std::vector<int> counts(4, 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 10; ++round) {
+        KepStringBufferIOStream stream = parsetest::streamOf(xml);
+        KepDOMDocument doc(parser.buildObjects(stream));
+        counts[static_cast<size_t>(t)] += doc.getDocumentElement().getChildCount();
+      }
+    });
+  }
+  for (std::thread& t : threads) t.join();
+  for (int c : counts) EXPECT_EQ(c, 3000);
+}
