@@ -58,7 +58,7 @@ TEST(KepTool, WithoutArgumentsPrintsUsageAndRejectsWhatItDoesNotKnow) {
   Result bare = runKep({});
   EXPECT_EQ(bare.status, 0);
   EXPECT_EQ(bare.out.rfind("usage: kep", 0), 0u) << bare.out;
-  for (auto const& command : {"version", "tag"}) {
+  for (auto const& command : {"version", "tag", "xml"}) {
     EXPECT_NE(bare.out.find(std::string("kep ") + command), std::string::npos) << command;
   }
   for (std::vector<std::string> const& wrong : {std::vector<std::string>{"frobnicate"},
@@ -123,6 +123,97 @@ TEST(KepTool, UnknownTagsFailWithAMessage) {
     Result r = runKep({"tag", word});
     EXPECT_EQ(r.status, 2) << word;
     EXPECT_NE(r.err.find("not a tag number"), std::string::npos) << word << ": " << r.err;
+  }
+}
+
+// The document the library itself builds from `path` and writes back, as the
+// tool is to print it; empty when it does not parse.
+std::string parsedAndWritten(std::string const& path) {
+  KepFile file{KepString(path.c_str())};
+  KepXMLParser parser(KepGetObject(KepClassID::XMLParser, 0));
+  KepDOMNode document = parser.buildObjects(file);
+  file.close();
+  if (document.isNull()) return std::string();
+  KepDOMWriter writer(KepGetObject(KepClassID::DOMWriter, 0));
+  KepStringBufferIOStream output;
+  writer.serializeAsXML(document, output);
+  return KepRIOStream::narrow(output.toString());
+}
+
+// The line and column that the parser records for the malformed file `path`.
+std::string parseErrorPlace(std::string const& path) {
+  KepThread* thread = KepProcess::getCurrThread();
+  if (thread == nullptr) return std::string();
+  thread->clearErrors();
+  if (!parsedAndWritten(path).empty()) return std::string();
+  KepDOMElement error = thread->getErrorObject();
+  std::string place = "line " + std::to_string(error.get(KepString("Line")).getInteger()) +
+                      ", column " + std::to_string(error.get(KepString("Column")).getInteger());
+  thread->clearErrors();
+  return place;
+}
+
+TEST(KepTool, XmlWritesTheSampleCompactlyAndItsOutputReadsBackTheSame) {
+  Result first = runKep({"xml", KEP_SAMPLE_XML});
+  ASSERT_EQ(first.status, 0) << first.err;
+  EXPECT_TRUE(first.err.empty()) << first.err;
+  ASSERT_FALSE(first.out.empty());
+  EXPECT_EQ(first.out, parsedAndWritten(KEP_SAMPLE_XML) + "\n");
+  EXPECT_EQ(first.out.rfind("<?xml version=\"1.0\"?>", 0), 0u) << first.out;
+  EXPECT_EQ(first.out.find('\n'), first.out.size() - 1) << "one line: " << first.out;
+  // What the sample holds comes through: namespaces, escapes, typed values, CDATA.
+  for (char const* part :
+       {"xmlns:mr=\"urn:example:mail-relay\"", "<mr:Route domain=\"example.org\"",
+        "R&amp;D's relay &lt;relay-01&gt;", "dt=\"int\"", "dt=\"boolean\"",
+        "<![CDATA[<p>Sent through relay-01 & friends</p>]]>"}) {
+    EXPECT_NE(first.out.find(part), std::string::npos) << part << " in " << first.out;
+  }
+
+  keptest::TempDir dir;
+  std::string again = dir.file("again.xml");
+  keptest::writeFile(again, first.out);
+  Result second = runKep({"xml", again});
+  EXPECT_EQ(second.status, 0) << second.err;
+  EXPECT_EQ(second.out, first.out) << "the written document reads back to the same bytes";
+}
+
+TEST(KepTool, XmlFailsOnMalformedOrMissingFilesNamingLineAndColumn) {
+  keptest::TempDir dir;
+  struct Case {
+    char const* text;
+    int line;
+  };
+  for (Case c : {Case{"<a>\n  <b></c>\n</a>\n", 2}, Case{"<r>\n\n<x a=\"1\" a=\"2\"/></r>", 3},
+                 Case{"<a/>\n<b/>\n", 2}, Case{"<?xml version=\"1.0\"?>\n<a>\n<1/>", 3}}) {
+    std::string path = dir.file("bad.xml");
+    keptest::writeFile(path, c.text);
+    std::string place = parseErrorPlace(path);
+    ASSERT_EQ(place.rfind("line " + std::to_string(c.line) + ", column ", 0), 0u) << place;
+    Result r = runKep({"xml", path});
+    EXPECT_EQ(r.status, 1) << c.text;
+    EXPECT_TRUE(r.out.empty()) << r.out;
+    EXPECT_NE(r.err.find(path + ": " + place + ": "), std::string::npos) << r.err;
+  }
+  // A document that ends early is written as far as it goes; one without any
+  // element is refused.
+  std::string open = dir.file("open.xml");
+  keptest::writeFile(open, "<a><b/><c>");
+  Result early = runKep({"xml", open});
+  EXPECT_EQ(early.status, 0) << early.err;
+  EXPECT_EQ(early.out, parsedAndWritten(open) + "\n");
+  EXPECT_NE(early.out.find("<a><b/><c"), std::string::npos) << early.out;
+  for (char const* text : {"", "<?xml version=\"1.0\"?>\n<!-- nothing -->\n"}) {
+    std::string empty = dir.file("empty.xml");
+    keptest::writeFile(empty, text);
+    Result r = runKep({"xml", empty});
+    EXPECT_EQ(r.status, 1) << text;
+    EXPECT_TRUE(r.out.empty()) << r.out;
+    EXPECT_NE(r.err.find(empty + ": no element"), std::string::npos) << r.err;
+  }
+  for (std::string const& path : {dir.file("missing.xml"), dir.path()}) {
+    Result r = runKep({"xml", path});
+    EXPECT_EQ(r.status, 1) << path;
+    EXPECT_NE(r.err.find(path + ": cannot be read"), std::string::npos) << r.err;
   }
 }
 
