@@ -119,6 +119,7 @@
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLParserEventHandler.h"
 #include "kep/xml/KepXMLSimpleParser.h"
+#include "kep/xml/_KepXMLSimpleTree.h"
 #include "kep/xml/KepXPointer.h"
 #include "kep/xml/_KepDOMDocAnchor.h"
 #include "kep/xml/_KepDOMValue.h"
@@ -157,5 +158,9 @@
 #include "kep/base/_KepThreadTable.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
+
+// Configuration
+#include "kep/base/KepConfiguration.h"
+#include "kep/base/KepRConfiguration.h"
 
 #endif  // KEP_KEP_H

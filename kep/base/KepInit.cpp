@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kep/base/KepCharacter.h"
+#include "kep/base/KepConfiguration.h"
 #include "kep/base/KepDebugger.h"
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepGlobals.h"
@@ -159,13 +160,15 @@ void destroyDispatcher() {}
 void readErrorRegistry() { _KepReadErrorRegistry(); }
 
 // The first init loads the configuration named by Kep::init's third argument
-// into the process configuration.
-void loadConfiguration(char const* /*configName*/) {}
+// into the process configuration; without a name it stays empty.
+void loadConfiguration(char const* configName) {
+  KepProcess::getConfiguration().load(KepString(configName));
+}
 
 // The last destroy unloads the services and replaces the process configuration
 // with a null one.
 void unloadServices() {}
-void dropConfiguration() {}
+void dropConfiguration() { KepProcess::setConfiguration(KepConfiguration()); }
 
 }  // namespace
 

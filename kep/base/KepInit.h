@@ -15,11 +15,15 @@ KEP_API extern std::atomic<int> InitComplete;
 // logger, the debugger, the memory manager, the character classes, the process
 // object and the factory; the first one also reads the start-up options file
 // (before the logger, see _KepStartupOptions.h), registers the library's
-// classes, loads the built-in tag tables, and then reports live tracked memory
-// blocks when leak checking is on. Every destroy leaves them in the reverse
-// order; the last one unregisters every class start-up registered, reports the
-// tracked memory blocks and (with bit 0 of gDiagKep) the object instances still
-// live, and clears gDiagKep, gDiagKepAlloc, gDiagCPPAlloc and _gKepDiagQBAlloc.
+// classes, loads the built-in tag tables, reads the error registry, loads the
+// process configuration (KepProcess::getConfiguration) from the file named by
+// `configName`, and then reports live tracked memory blocks when leak checking
+// is on. A missing or malformed configuration file leaves the configuration
+// empty and is reported on the log; start-up goes on. Every destroy leaves them
+// in the reverse order; the last one drops the process configuration,
+// unregisters every class start-up registered, reports the tracked memory
+// blocks and (with bit 0 of gDiagKep) the object instances still live, and
+// clears gDiagKep, gDiagKepAlloc, gDiagCPPAlloc and _gKepDiagQBAlloc.
 //
 // Thread safety: start-up and shut-down are expected to run on one thread; only
 // the counter itself is guarded (lock 0 of the process store).

@@ -7,6 +7,7 @@
 #include "kep/base/KepTagRange.h"
 #include "kep/base/_KepThreadTable.h"
 
+class KepConfiguration;
 class KepDOMElement;
 class KepThread;
 class KepRunnable;
@@ -18,8 +19,8 @@ class KepTagManager;
 // The process object is counted like the other subsystems: the first init()
 // makes the process thread table and the process tag manager, the last
 // destroy() takes them down and empties the error registry. Objects of
-// subsystems the library does not have yet (services, configuration, workers,
-// readers, time zones, listeners) have no getters here so far.
+// subsystems the library does not have yet (services, workers, readers, time
+// zones, listeners) have no getters here so far.
 class KEP_API KepProcess {
  public:
   // --- Life cycle ------------------------------------------------------------------
@@ -54,6 +55,14 @@ class KEP_API KepProcess {
   // is described with _KepErrorRegistry). Answers how many were taken. The
   // last destroy() forgets them.
   static int registerErrors(KepDOMElement const& errors);
+
+  // The process configuration (the first Kep::init loads it). While the
+  // library is up and not shutting down, a new empty configuration is made
+  // when none is held; otherwise the answer may be a null handle.
+  static KepConfiguration getConfiguration();
+  // Makes `configuration` the process configuration (a null handle drops it;
+  // the last Kep::destroy does that).
+  static void setConfiguration(KepConfiguration const& configuration);
 
   // Writes a printf-style debug line through the logger.
   static void logDebugString(char const* format, ...) __attribute__((format(printf, 1, 2)));

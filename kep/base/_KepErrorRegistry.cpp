@@ -1,22 +1,18 @@
 #include "kep/base/_KepErrorRegistry.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <mutex>
 #include <unordered_map>
-#include <vector>
 
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepProcess.h"
-#include "kep/io/_KepIOBuffered.h"
+#include "kep/io/_KepIO.h"
 #include "kep/xml/KepDOMDocument.h"
 #include "kep/xml/KepDOMElement.h"
-#include "kep/xml/KepDOMText.h"
 #include "kep/xml/KepRDOMNode.h"
-#include "kep/xml/KepXMLSimpleParser.h"
+#include "kep/xml/_KepXMLSimpleTree.h"
 
 namespace {
 
@@ -67,85 +63,6 @@ void appendOneLine(std::string& line, std::string const& text) {
   for (char c : text) line += c == '\n' || c == '\r' ? ' ' : c;
 }
 
-// Builds an element tree of the default document from the simple parser's
-// callbacks. `text` collects the character data of each open element; it
-// becomes a text child only of an element without element children.
-struct TreeBuilder {
-  KepDOMDocument document;
-  KepDOMElement root;
-  std::vector<KepDOMElement> open;
-  std::vector<std::string> text;
-  std::vector<bool> hasChildren;
-  std::string content;  // the whole file
-  size_t position = 0;
-};
-
-void onStart(void* user, char const* name, char const** /*attributes*/) {
-  auto* b = static_cast<TreeBuilder*>(user);
-  KepDOMElement element = b->document.createElement(KepString(name));
-  if (b->open.empty()) {
-    if (b->root.isNull()) b->root = element;
-  } else {
-    b->open.back().appendChild(element);
-    b->hasChildren.back() = true;
-  }
-  b->open.push_back(element);
-  b->text.emplace_back();
-  b->hasChildren.push_back(false);
-}
-
-std::string trimmed(std::string const& text) {
-  size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string::npos) return std::string();
-  size_t last = text.find_last_not_of(" \t\r\n");
-  return text.substr(first, last - first + 1);
-}
-
-void onEnd(void* user, char const* /*name*/) {
-  auto* b = static_cast<TreeBuilder*>(user);
-  if (b->open.empty()) return;
-  std::string value = trimmed(b->text.back());
-  if (!b->hasChildren.back() && !value.empty()) {
-    b->open.back().appendChild(b->document.createTextNode(KepString(value.c_str())));
-  }
-  b->open.pop_back();
-  b->text.pop_back();
-  b->hasChildren.pop_back();
-}
-
-void onChars(void* user, char const* text, int length) {
-  auto* b = static_cast<TreeBuilder*>(user);
-  if (!b->text.empty() && length > 0) b->text.back().append(text, static_cast<size_t>(length));
-}
-
-int readContent(void* user, char* buffer, int offset, int size) {
-  auto* b = static_cast<TreeBuilder*>(user);
-  if (buffer == nullptr || offset < 0 || size <= 0 || b->position >= b->content.size()) return -1;
-  size_t n = std::min(static_cast<size_t>(size), b->content.size() - b->position);
-  std::memcpy(buffer + offset, b->content.data() + b->position, n);
-  b->position += n;
-  return static_cast<int>(n);
-}
-
-// The whole file at `path` in `out`; false when it cannot be opened or read.
-bool readFile(char const* path, std::string& out) {
-  char normal[KEP_IO_PATH_MAX];
-  _KEP_IO_BUFFERED file{};
-  if (_KepIOPathBuild(path, nullptr, nullptr, nullptr, normal) != 0 ||
-      _KepIOBufferedOpen(normal, KEP_IO_BUFFERED_DEFAULT, &file) != 0) {
-    return false;
-  }
-  char piece[KEP_IO_BUFFERED_DEFAULT];
-  uint32_t rc;
-  do {
-    uint32_t got = 0;
-    rc = _KepIOBufferedRead(&file, piece, sizeof piece, &got);
-    out.append(piece, got);
-  } while (rc == 0);
-  _KepIOBufferedClose(&file);
-  return rc == KEP_IO_SHORT_READ;
-}
-
 }  // namespace
 
 int _KepReadErrorRegistry() {
@@ -154,21 +71,20 @@ int _KepReadErrorRegistry() {
     KepProcess::logDebugString("No error registry: %s is not set", KEP_ERROR_REGISTRY_VARIABLE);
     return -1;
   }
-  TreeBuilder builder;
-  builder.document = KepFactory::getDefaultDoc();
-  if (!readFile(path, builder.content)) {
+  KepDOMDocument document = KepFactory::getDefaultDoc();
+  int status = KEP_SIMPLE_TREE_READ;
+  KepDOMElement root = _KepReadSimpleTree(path, document, &status);
+  if (status == KEP_SIMPLE_TREE_UNREADABLE) {
     KepLogger::log(KepLogger::kWarning, "Error registry %s cannot be read; no errors registered",
                    path);
     return -1;
   }
-  if (builder.document.isNull() ||
-      !KepRXMLSimpleParserExecute(&builder, readContent, onStart, onEnd, onChars) ||
-      builder.root.isNull()) {
+  if (root.isNull()) {
     KepLogger::log(KepLogger::kWarning,
                    "Error registry %s is not well-formed; no errors registered", path);
     return -1;
   }
-  int taken = KepProcess::registerErrors(builder.root);
+  int taken = KepProcess::registerErrors(root);
   KepProcess::logDebugString("Error registry %s: %d errors registered", path, taken);
   return taken;
 }

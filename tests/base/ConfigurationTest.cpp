@@ -1,0 +1,207 @@
+// The configuration: loading files into element trees, lookups by path, and the
+// process configuration that start-up loads.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kep/Kep.h"
+#include "support/KepLogCapture.h"
+#include "support/KepTestSupport.h"
+
+namespace {
+
+constexpr char kGood[] =
+    "<?xml version=\"1.0\"?>\n"
+    "<!-- a host's settings -->\n"
+    "<Settings version=\"3\" xmlns:mx=\"urn:example:mail\">\n"
+    "  <Logger><Level>  Warning </Level><Lines>250</Lines></Logger>\n"
+    "  <Mail><mx:Relay port=\"25\">smtp.example.org</mx:Relay>\n"
+    "    <Limit>-40</Limit><Limit>90</Limit><Huge>99999999999</Huge>\n"
+    "    <Ratio>1.5</Ratio><Subject>R&amp;D &lt;weekly&gt;</Subject></Mail>\n"
+    "</Settings>\n";
+
+class ConfigurationTest : public ::testing::Test {
+ protected:
+  KepConfiguration fresh() { return KepConfiguration(KepGetObject(KepClassID::Configuration, 0)); }
+  std::string write(char const* name, std::string const& text) {
+    std::string path = dir_.file(name);
+    keptest::writeFile(path, text);
+    return path;
+  }
+  keptest::ScopedKepInit kep_;
+  keptest::TempDir dir_;
+};
+
+TEST(ConfigurationFamily, EightBracketedOperationsAndNeutralNullHandle) {
+  EXPECT_EQ(0 KEP_METHODS_Configuration(KEP_COUNT_METHOD), 8);
+  EXPECT_EQ(0 KEP_METHODS_Configuration(KEP_COUNT_BRACKETED), 8);
+  KepConfiguration none;
+  EXPECT_EQ(none.load(KepString("anything.xml")), 0u);
+  EXPECT_TRUE(none.get(KepString("A")).isNull());
+  EXPECT_EQ(none.getInteger(KepString("A"), 7), 0) << "a null handle answers the neutral 0";
+}
+
+TEST_F(ConfigurationTest, LoadsATreeAndAnswersLookups) {
+  KepConfiguration c = fresh();
+  ASSERT_FALSE(c.isNull());
+  EXPECT_EQ(c.isLoaded(), 0u);
+  EXPECT_TRUE(c.getRoot().isNull());
+  EXPECT_TRUE(c.getPath().isNull());
+
+  std::string path = write("settings.xml", kGood);
+  ASSERT_EQ(c.load(KepString(path.c_str())), 1u);
+  EXPECT_EQ(c.isLoaded(), 1u);
+  EXPECT_EQ(c.getPath().toStdString(), path);
+  KepDOMElement root = c.getRoot();
+  ASSERT_FALSE(root.isNull());
+  EXPECT_EQ(root.getTagName().toStdString(), "Settings");
+  EXPECT_EQ(root.getAttribute(KepString("version")).toStdString(), "3");
+  EXPECT_EQ(KepDOMDocument(root.getOwnerDocument()).getDocumentElement().getRealKepObj(),
+            root.getRealKepObj())
+      << "the root is the document's element";
+
+  EXPECT_EQ(c.getString(KepString("Logger.Level")).toStdString(), "Warning") << "trimmed";
+  EXPECT_EQ(c.getInteger(KepString("Logger.Lines"), -1), 250);
+  EXPECT_EQ(c.getInteger(KepString("Mail.Limit"), 0), -40) << "the first of a repeated name";
+  EXPECT_EQ(c.getString(KepString("Mail.Subject")).toStdString(), "R&D <weekly>");
+  EXPECT_EQ(c.getString(KepString("Mail.mx:Relay")).toStdString(), "smtp.example.org");
+  EXPECT_EQ(c.get(KepString("Mail.mx:Relay")).getAttribute(KepString("port")).toStdString(), "25");
+  EXPECT_EQ(c.getString(KepString(".Logger..Lines.")).toStdString(), "250")
+      << "empty steps are skipped";
+  EXPECT_EQ(c.get(KepString("")).getRealKepObj(), root.getRealKepObj());
+
+  // Missing steps and texts that are no int give the default.
+  EXPECT_TRUE(c.get(KepString("Logger.Colour")).isNull());
+  EXPECT_TRUE(c.getString(KepString("Nowhere.At.All")).isNull());
+  EXPECT_EQ(c.getInteger(KepString("Logger.Colour"), 17), 17);
+  EXPECT_EQ(c.getInteger(KepString("Logger.Level"), 17), 17);
+  EXPECT_EQ(c.getInteger(KepString("Mail.Ratio"), 17), 17);
+  EXPECT_EQ(c.getInteger(KepString("Mail.Huge"), 17), 17) << "out of int range";
+  EXPECT_EQ(c.getInteger(KepString("Mail"), 17), 17) << "an element with element children";
+
+  c.clear();
+  EXPECT_EQ(c.isLoaded(), 0u);
+  EXPECT_TRUE(c.getPath().isNull());
+  EXPECT_TRUE(c.get(KepString("Logger")).isNull());
+  EXPECT_FALSE(root.isNull()) << "handles taken before stay valid";
+  EXPECT_EQ(root.getTagName().toStdString(), "Settings");
+}
+
+TEST_F(ConfigurationTest, AFailedLoadLeavesItEmptyAndSaysWhy) {
+  keptest::LogCapture log;
+  KepConfiguration c = fresh();
+  std::string good = write("good.xml", kGood);
+  ASSERT_EQ(c.load(KepString(good.c_str())), 1u);
+
+  std::string missing = dir_.file("missing.xml");
+  EXPECT_EQ(c.load(KepString(missing.c_str())), 0u);
+  EXPECT_EQ(c.isLoaded(), 0u) << "the earlier tree is gone";
+  EXPECT_TRUE(c.getPath().isNull());
+  EXPECT_TRUE(log.contains("Configuration " + missing + " cannot be read")) << log.lines().size();
+
+  ASSERT_EQ(c.load(KepString(good.c_str())), 1u);
+  std::string bad = write("bad.xml", "<Settings>\n  <Logger>\n  </Loger>\n</Settings>\n");
+  log.clear();
+  EXPECT_EQ(c.load(KepString(bad.c_str())), 0u);
+  EXPECT_EQ(c.isLoaded(), 0u);
+  EXPECT_TRUE(c.get(KepString("Logger")).isNull()) << "no half-built tree is kept";
+  EXPECT_TRUE(log.contains("at line 3, column 4")) << "the parser's line names the place";
+  EXPECT_TRUE(log.contains("Configuration " + bad + " is not well-formed"));
+
+  for (char const* text : {"", "   \n", "<A><B></A>", "<A/><B/>", "no markup at all"}) {
+    std::string path = write("odd.xml", text);
+    EXPECT_EQ(c.load(KepString(path.c_str())), 0u) << '"' << text << '"';
+    EXPECT_EQ(c.isLoaded(), 0u);
+  }
+
+  log.clear();
+  EXPECT_EQ(c.load(KepString()), 0u);
+  EXPECT_EQ(c.load(KepString("")), 0u);
+  EXPECT_EQ(log.count("No configuration file given"), 2u);
+}
+
+TEST_F(ConfigurationTest, ReaderThreadsSeeWholeTreesWhileItIsReloaded) {
+  std::string first = write("first.xml", "<C><Value>1</Value><Twin>1</Twin></C>");
+  std::string second = write("second.xml", "<C><Value>2</Value><Twin>2</Twin></C>");
+  KepConfiguration c = fresh();
+  ASSERT_EQ(c.load(KepString(first.c_str())), 1u);
+  std::atomic<bool> stop{false};
+  std::atomic<int> torn{0};
+  std::vector<std::thread> readers;
+  for (int t = 0; t < 3; ++t) {
+    readers.emplace_back([&] {
+      KepConfiguration mine(c);
+      while (!stop.load()) {
+        int value = mine.getInteger(KepString("Value"), 0);
+        if (value != 1 && value != 2) ++torn;
+      }
+    });
+  }
+  int rounds = keptest::kSanitized ? 20 : 200;
+  for (int i = 0; i < rounds; ++i) {
+    ASSERT_EQ(c.load(KepString((i % 2 ? first : second).c_str())), 1u);
+  }
+  stop.store(true);
+  for (auto& r : readers) r.join();
+  EXPECT_EQ(torn.load(), 0) << "a reader saw a configuration between two loads";
+}
+
+// Start-up loads the file named by Kep::init's third argument into the process
+// configuration; the last destroy drops it.
+TEST(ProcessConfiguration, StartUpLoadsTheNamedFileAndTheLastDestroyDropsIt) {
+  keptest::TempDir dir;
+  std::string path = dir.file("host.xml");
+  keptest::writeFile(path, kGood);
+  std::vector<char> name(path.begin(), path.end());
+  name.push_back('\0');
+
+  EXPECT_TRUE(KepProcess::getConfiguration().isNull()) << "nothing before Kep::init";
+  Kep::init(0, 1, name.data());
+  KepConfiguration c = KepProcess::getConfiguration();
+  EXPECT_EQ(c.isLoaded(), 1u);
+  EXPECT_EQ(c.getInteger(KepString("Logger.Lines"), 0), 250);
+
+  Kep::init(0, 1, nullptr);  // a later init loads nothing and keeps the tree
+  EXPECT_EQ(KepProcess::getConfiguration().getRealKepObj(), c.getRealKepObj());
+  Kep::destroy();
+  EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 1u);
+
+  // A host may install its own.
+  KepConfiguration own(KepGetObject(KepClassID::Configuration, 0));
+  KepProcess::setConfiguration(own);
+  EXPECT_EQ(KepProcess::getConfiguration().getRealKepObj(), own.getRealKepObj());
+  KepProcess::setConfiguration(KepConfiguration());
+  KepConfiguration made = KepProcess::getConfiguration();
+  EXPECT_FALSE(made.isNull()) << "a new empty one while the library is up";
+  EXPECT_EQ(made.isLoaded(), 0u);
+
+  Kep::destroy();
+  EXPECT_TRUE(KepProcess::getConfiguration().isNull()) << "dropped by the last destroy";
+  EXPECT_EQ(c.isLoaded(), 1u) << "a handle kept by the host keeps its tree until it goes";
+}
+
+TEST(ProcessConfiguration, StartUpWithoutOrWithABadFileGoesOnWithAnEmptyConfiguration) {
+  keptest::TempDir dir;
+  std::string path = dir.file("broken.xml");
+  keptest::writeFile(path, "<Settings><Logger></Settings>");
+  std::vector<char> name(path.begin(), path.end());
+  name.push_back('\0');
+  for (char* configName : {static_cast<char*>(nullptr), name.data()}) {
+    keptest::LogCapture log;
+    Kep::init(0, 1, configName);
+    EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 0u);
+    EXPECT_FALSE(KepGetObject(KepClassID::String, 0).isNull()) << "start-up went on";
+    if (configName == nullptr) {
+      EXPECT_TRUE(log.contains("No configuration file given"));
+    } else {
+      EXPECT_TRUE(log.contains("Configuration " + path + " is not well-formed"));
+      EXPECT_TRUE(log.contains("XML Parser Error"));
+    }
+    Kep::destroy();
+  }
+}
+
+}  // namespace
