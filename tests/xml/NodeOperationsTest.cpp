@@ -9,20 +9,10 @@
 using domtest::body;
 using domtest::checkTree;
 using domtest::newDocument;
+using domtest::shape;
 using domtest::text;
 
 namespace {
-
-// The names of the children of `node`, joined by spaces; text shows as its data.
-std::string childNames(KepDOMNode const& node) {
-  std::string out;
-  for (KepDOMNode c = node.getFirstChild(); !c.isNull(); c = c.getNextSibling()) {
-    if (!out.empty()) out += " ";
-    out += c.getNodeType() == KepDOMNode::TEXT_NODE ? "'" + text(c.getNodeValue()) + "'"
-                                                    : text(c.getNodeName());
-  }
-  return out;
-}
 
 // Builds <root><a k="1">x<b/>y</a><c><a/></c></root>.
 KepDOMElement sample(KepDOMDocument& doc) {
@@ -43,41 +33,33 @@ TEST(DOMOperations, DeepAndShallowCopies) {
   KepDOMElement root = sample(doc);
   root.setNodePersistence(1);
   KepDOMElement shallow(root.cloneNode(0));
-  EXPECT_FALSE(shallow.hasChildNodes());
-  EXPECT_EQ(text(shallow.getNodeName()), "root");
+  EXPECT_EQ(shape(shallow), "root");
   EXPECT_TRUE(shallow.getParentNode().isNull());
   EXPECT_EQ(body(shallow.getOwnerDocument()), body(doc));
   EXPECT_TRUE(dynamic_cast<KepRDOMNode*>(body(shallow))->isPersistent());
   doc.appendChild(root);
+  KepDOMElement n = root.set("n", 5);
   KepDOMElement deep(root.cloneNode(1));
   EXPECT_TRUE(deep.getParentNode().isNull());
-  int original = 0;
-  int copy = 0;
-  ASSERT_TRUE(checkTree(root, doc, original));
-  ASSERT_TRUE(checkTree(deep, doc, copy));
-  EXPECT_EQ(original, copy);
-  EXPECT_EQ(childNames(deep.get("a")), "'x' b 'y'");
+  ASSERT_TRUE(checkTree(deep, doc));
+  EXPECT_EQ(shape(deep), "root(a('x' b 'y') c(a) n('5'))");
   EXPECT_EQ(text(deep.get("a").getAttribute("k")), "1");
   EXPECT_NE(body(deep.get("a")), body(root.get("a")));
   // Copies are independent, cached values included.
-  KepDOMElement n = root.set("n", 5);
-  KepDOMElement nCopy(n.cloneNode(1));
-  EXPECT_EQ(nCopy.getInteger(), 5);
+  KepDOMElement nCopy = deep.get("n");
   EXPECT_EQ(nCopy.getDataType(), 1);
   nCopy.setString("6");
+  EXPECT_EQ(nCopy.getInteger(), 6);
   EXPECT_EQ(n.getInteger(), 5);
-  // A text, a processing instruction and a whole document.
-  KepDOMText t(doc.createTextNode("words").cloneNode(0));
-  EXPECT_EQ(text(t.getData()), "words");
+  // A processing instruction and a whole document.
   KepDOMProcessingInstruction pi(doc.createProcessingInstruction("pi", "d").cloneNode(0));
   EXPECT_EQ(text(pi.getTarget()), "pi");
   EXPECT_EQ(text(pi.getData()), "d");
   KepDOMDocument docCopy(doc.cloneNode(1));
   ASSERT_FALSE(docCopy.isNull());
   EXPECT_NE(body(docCopy), body(doc));
-  int inCopy = 0;
-  EXPECT_TRUE(checkTree(docCopy, docCopy, inCopy)) << "the copy's nodes belong to the copy";
-  EXPECT_EQ(inCopy, original + 3);
+  EXPECT_TRUE(checkTree(docCopy, docCopy)) << "the copy's nodes belong to the copy";
+  EXPECT_EQ(shape(docCopy), shape(doc));
 }
 
 TEST(DOMOperations, NormalizeMergesAdjacentTextAndDropsEmptyText) {
@@ -91,11 +73,8 @@ TEST(DOMOperations, NormalizeMergesAdjacentTextAndDropsEmptyText) {
   inner.appendChild(doc.createTextNode("2"));
   root.appendChild(doc.createTextNode("z"));
   root.normalize();
-  EXPECT_EQ(childNames(root), "'abc' #cdata-section inner 'z'");
-  EXPECT_EQ(childNames(inner), "'12'");
-  int count = 0;
-  EXPECT_TRUE(checkTree(root, doc, count));
-  EXPECT_EQ(count, 6);
+  EXPECT_EQ(shape(root), "root('abc' #cdata-section inner('12') 'z')");
+  EXPECT_TRUE(checkTree(root, doc));
 }
 
 TEST(DOMOperations, ElementsAreFoundByNameInDocumentOrder) {
@@ -167,10 +146,8 @@ TEST(DOMOperations, CharacterDataIsEditedByUnits) {
   EXPECT_EQ(blank.isIgnorableWhitespace(), 1u);
   // Splitting puts the tail right after the node.
   parent.appendChild(doc.createElement("after"));
-  KepDOMText tail = t.splitText(2);
-  EXPECT_EQ(text(t.getData()), "He");
-  EXPECT_EQ(text(tail.getData()), "llo");
-  EXPECT_EQ(childNames(parent), "'He' 'llo' after");
+  EXPECT_EQ(text(t.splitText(2).getData()), "llo");
+  EXPECT_EQ(shape(parent), "p('He' 'llo' after)");
   EXPECT_TRUE(t.splitText(3).isNull());
   KepDOMCDATASection cdata = doc.createCDATASection("abcd");
   KepDOMText cdataTail = cdata.splitText(4);
@@ -240,7 +217,7 @@ TEST(DOMOperations, RepeatingListsShowTheOccurrencesOfOneValue) {
   // Added occurrences follow the last one, not the other value.
   KepDOMElement added = items.addOccurrence();
   added.setString("2");
-  EXPECT_EQ(childNames(e), "Item Other Item Item");
+  EXPECT_EQ(shape(e), "e(Item('0') Other('9') Item('1') Item('2'))");
   EXPECT_EQ(body(e.get(item, 2)), body(added));
   e.set(item, 3, 3);
   EXPECT_EQ(items.getLength(), 4) << "the list is live";
@@ -251,35 +228,9 @@ TEST(DOMOperations, RepeatingListsShowTheOccurrencesOfOneValue) {
   e.get(item, 0).setNodeName("Gone");
   EXPECT_EQ(items.getLength(), 2);
   EXPECT_EQ(items.clearOccurrences(), 2);
-  EXPECT_EQ(childNames(e), "Other Gone");
+  EXPECT_EQ(shape(e), "e(Other('9') Gone('1'))");
   items.setTag(KepNameToTag("Other"));
   EXPECT_EQ(items.getLength(), 1);
   items.attach(KepDOMElement(), item);
   EXPECT_EQ(items.isLive(), 0u);
-}
-
-namespace {
-
-// A caller's element class: calls made through the tree's handles reach it.
-class Greeting : public KepDOMElement {
- public:
-  Greeting() : KepDOMElement(nullptr, KepClassIdArg(KepClassID::DOMElement)) {}
-  unsigned long isBridge() const override { return 0; }
-  KepString toString() const override { return KepString("hello"); }
-};
-
-}  // namespace
-
-TEST(DOMOperations, TreeHandlesReachOuterObjects) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement parent = doc.createElement("p");
-  {
-    auto* greeting = new Greeting();
-    parent.appendChild(*greeting);
-  }
-  EXPECT_EQ(text(parent.getFirstChild().toString()), "hello");
-  EXPECT_EQ(text(parent.getElementsByTagName("*").item(0).toString()), "hello");
-  EXPECT_EQ(text(parent.getFirstChild().getNodeName()), "DomElement");
-  // Dropping the tree frees the outer object with its body (no leak under the
-  // sanitizers).
 }

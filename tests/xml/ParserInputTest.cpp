@@ -1,17 +1,19 @@
 // The XML parser's input: block reads, malformed and hostile documents, deep
-// nesting, real files from the system and parsing on several threads.
+// nesting, the fuzz target's seed corpus and parsing on several threads.
 #include <gtest/gtest.h>
 
+#include <dirent.h>
+
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "ParserTestSupport.h"
+#include "fuzz/ParserFuzzHarness.h"
 #include "support/KepTestSupport.h"
 
-using domtest::body;
 using domtest::text;
 using parsetest::newParser;
 using parsetest::parse;
@@ -212,85 +214,6 @@ TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
   EXPECT_EQ(external.getString().indexOf(KepString("SECRET")), -1);
 }
 
-namespace {
-
-// The names of the elements of a file in document order, and the number of
-// attributes of each, as the simple parser reports them.
-struct Outline {
-  std::vector<std::string> names;
-  std::vector<int> attributes;
-  std::ifstream in;
-};
-
-int readOutline(void* user, char* buffer, int offset, int size) {
-  auto* o = static_cast<Outline*>(user);
-  o->in.read(buffer + offset, size);
-  auto n = static_cast<int>(o->in.gcount());
-  return n > 0 ? n : -1;
-}
-
-void startOutline(void* user, char const* name, char const** attributes) {
-  auto* o = static_cast<Outline*>(user);
-  o->names.push_back(name);
-  int n = 0;
-  for (char const** a = attributes; *a != nullptr; a += 2) {
-    std::string name = *a;
-    if (name != "xmlns" && name.rfind("xmlns:", 0) != 0) ++n;
-  }
-  o->attributes.push_back(n);
-}
-
-// The same from the built tree (namespace declarations excluded, names by
-// qualified name).
-void outlineOf(KepDOMNode const& start, std::vector<std::string>& names, std::vector<int>& counts) {
-  std::vector<KepDOMNode> work{start};
-  while (!work.empty()) {
-    KepDOMNode n = work.back();
-    work.pop_back();
-    if (n.getNodeType() == KepDOMNode::ELEMENT_NODE) {
-      names.push_back(text(n.getNodeName()));
-      int count = 0;
-      KepDOMNamedNodeMap map = n.getAttributes();
-      for (int i = 0; i < map.getLength(); ++i) {
-        std::string name = text(map.item(i).getNodeName());
-        if (name != "xmlns" && name.rfind("xmlns:", 0) != 0) ++count;
-      }
-      counts.push_back(count);
-    }
-    std::vector<KepDOMNode> children;
-    for (KepDOMNode c = n.getFirstChild(); !c.isNull(); c = c.getNextSibling())
-      children.push_back(c);
-    work.insert(work.end(), children.rbegin(), children.rend());
-  }
-}
-
-}  // namespace
-
-TEST(XMLParserInput, RealFilesOfTheSystemAreReadWhole) {
-  char const* const files[] = {"/etc/fonts/fonts.conf", "/usr/share/dbus-1/system.conf",
-                               "/usr/share/dbus-1/session.conf",
-                               "/usr/share/mime/packages/freedesktop.org.xml"};
-  int read = 0;
-  for (char const* path : files) {
-    Outline expected;
-    expected.in.open(path, std::ios::binary);
-    if (!expected.in) continue;  // not installed here
-    ASSERT_TRUE(KepRXMLSimpleParserExecute(&expected, readOutline, startOutline, nullptr, nullptr))
-        << path;
-    KepFile file{KepString(path)};
-    KepDOMNode doc = newParser().buildObjects(file);
-    file.close();
-    ASSERT_FALSE(doc.isNull()) << path;
-    std::vector<std::string> names;
-    std::vector<int> counts;
-    outlineOf(doc, names, counts);
-    EXPECT_EQ(names, expected.names) << path;
-    EXPECT_EQ(counts, expected.attributes) << path;
-    ++read;
-  }
-  if (read == 0) GTEST_SKIP() << "none of the sample files is installed";
-}
-
 TEST(XMLParserInput, OneParserServesSeveralThreads) {
   KepXMLParser parser = newParser();
   std::string xml = "<r>";
@@ -309,4 +232,24 @@ TEST(XMLParserInput, OneParserServesSeveralThreads) {
   }
   for (std::thread& t : threads) t.join();
   for (int c : counts) EXPECT_EQ(c, 3000);
+}
+
+// The committed seed corpus of the parser's fuzz target, through the check the
+// fuzzer runs, so that every normal test run covers it.
+TEST(XMLParserInput, EveryFuzzSeedParsesToAConsistentTreeOrNothing) {
+  std::string dir = std::string(KEP_FUZZ_CORPUS_DIR) + "/fuzz_parser";
+  int seeds = 0;
+  if (DIR* d = opendir(dir.c_str())) {
+    while (dirent* e = readdir(d)) {
+      if (e->d_name[0] == '.') continue;
+      std::ifstream in(dir + "/" + e->d_name, std::ios::binary);
+      std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+      EXPECT_TRUE(
+          kepfuzz::buildObjects(reinterpret_cast<uint8_t const*>(bytes.data()), bytes.size()))
+          << e->d_name;
+      ++seeds;
+    }
+    closedir(d);
+  }
+  EXPECT_GE(seeds, 10);
 }

@@ -29,19 +29,6 @@ inline KepDOMElement root(std::string const& xml, KepXMLParser parser = newParse
   return KepDOMDocument(parse(xml, parser)).getDocumentElement();
 }
 
-// The units of a string, for comparing text that holds bytes above 0x7f.
-inline std::vector<unsigned short> units(KepString const& s) {
-  std::vector<unsigned short> out;
-  for (int i = 0; i < s.length(); ++i) out.push_back(s.charAt(i));
-  return out;
-}
-
-inline std::vector<unsigned short> widenedBytes(std::string const& bytes) {
-  std::vector<unsigned short> out;
-  for (char c : bytes) out.push_back(static_cast<unsigned char>(c));
-  return out;
-}
-
 // A memory stream that records the count each read answered.
 class RecordingStream : public KepRStringBufferIOStream {
  public:

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <thread>
@@ -12,7 +13,9 @@
 
 using domtest::body;
 using domtest::checkTree;
+using domtest::lastError;
 using domtest::newDocument;
+using domtest::shape;
 using domtest::text;
 
 namespace {
@@ -247,72 +250,73 @@ TEST(DOMTree, RandomOperationsKeepEveryLinkConsistent) {
   EXPECT_GT(refused, 200);
 }
 
-TEST(DOMTree, AnAncestorCannotGoIntoItsDescendant) {
+TEST(DOMTree, RefusedChangesAnswerNullAndChangeNothing) {
   KepDOMDocument doc = newDocument();
+  KepDOMElement first = doc.createElement("first");
   KepDOMElement a = doc.createElement("a");
   KepDOMElement b = doc.createElement("b");
   KepDOMElement c = doc.createElement("c");
+  doc.appendChild(first);
+  first.appendChild(a);
   a.appendChild(b);
   b.appendChild(c);
-  EXPECT_TRUE(c.appendChild(a).isNull());
-  EXPECT_TRUE(b.appendChild(b).isNull());
-  EXPECT_TRUE(c.insertBefore(b, KepDOMNode()).isNull());
-  EXPECT_TRUE(b.replaceChild(a, c).isNull());
-  int count = 0;
-  EXPECT_TRUE(checkTree(a, doc, count));
-  EXPECT_EQ(count, 3);
-  EXPECT_EQ(body(c.getParentNode()), body(b));
-}
-
-TEST(DOMTree, RemovingOrReplacingANonChildChangesNothing) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement a = doc.createElement("a");
-  KepDOMElement b = doc.createElement("b");
   KepDOMElement stranger = doc.createElement("s");
-  a.appendChild(b);
-  EXPECT_TRUE(a.removeChild(stranger).isNull());
-  EXPECT_TRUE(b.removeChild(a).isNull());
-  EXPECT_TRUE(a.replaceChild(doc.createElement("n"), stranger).isNull());
-  EXPECT_TRUE(a.insertBefore(doc.createElement("n"), stranger).isNull());
-  EXPECT_EQ(KepDOMParentNode(a).getChildCount(), 1);
-  EXPECT_EQ(body(a.getFirstChild()), body(b));
-  // A handle on something that is not a node is no node at all.
-  EXPECT_TRUE(a.appendChild(KepDOMNode(KepString("text"))).isNull());
-  EXPECT_TRUE(a.insertBefore(doc.createElement("n"), KepDOMNode(KepString("x"))).isNull());
-  EXPECT_EQ(KepDOMParentNode(a).getChildCount(), 1);
-}
-
-TEST(DOMTree, MovingANodeTakesItOutOfItsOldParent) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement left = doc.createElement("left");
-  KepDOMElement right = doc.createElement("right");
-  KepDOMElement x = doc.createElement("x");
-  KepDOMElement y = doc.createElement("y");
-  KepDOMElement z = doc.createElement("z");
-  left.appendChild(x);
-  left.appendChild(y);
-  left.appendChild(z);
-  right.appendChild(y);
-  EXPECT_EQ(body(x.getNextSibling()), body(z));
-  EXPECT_EQ(body(z.getPreviousSibling()), body(x));
-  EXPECT_EQ(body(y.getParentNode()), body(right));
-  EXPECT_TRUE(y.getNextSibling().isNull());
-  // Within one parent: to the front, then in place.
-  EXPECT_EQ(body(left.insertBefore(z, x)), body(z));
-  EXPECT_EQ(body(left.getFirstChild()), body(z));
-  EXPECT_EQ(body(left.getLastChild()), body(x));
-  EXPECT_EQ(body(left.insertBefore(z, z)), body(z));
-  EXPECT_EQ(body(left.replaceChild(x, x)), body(x));
-  // Replacing by a sibling.
-  EXPECT_EQ(body(left.replaceChild(x, z)), body(z));
-  EXPECT_EQ(KepDOMParentNode(left).getChildCount(), 1);
-  EXPECT_TRUE(z.getParentNode().isNull());
-  int count = 0;
-  EXPECT_TRUE(checkTree(left, doc, count));
-  EXPECT_TRUE(checkTree(right, doc, count));
-  EXPECT_EQ(KepDOMChildNode(x).remove(), 1u);
-  EXPECT_EQ(KepDOMChildNode(x).remove(), 0u);
-  EXPECT_FALSE(left.hasChildNodes());
+  KepDOMText t = doc.createTextNode("t");
+  KepDOMDocumentFragment two = doc.createDocumentFragment();
+  two.appendChild(doc.createElement("x"));
+  two.appendChild(doc.createElement("y"));
+  auto fresh = [&] { return doc.createElement("n"); };
+  struct Refusal {
+    char const* what;
+    std::function<KepDOMNode()> change;
+    int error;  // the code recorded on the thread; 0: not looked at
+  };
+  Refusal const refusals[] = {
+      {"ancestor into descendant", [&] { return c.appendChild(a); }, 0},
+      {"node into itself", [&] { return b.appendChild(b); }, 0},
+      {"parent before nothing in child", [&] { return c.insertBefore(b, KepDOMNode()); }, 0},
+      {"ancestor in place of a child", [&] { return b.replaceChild(a, c); }, 0},
+      {"remove a stranger", [&] { return a.removeChild(stranger); }, 0},
+      {"remove the parent", [&] { return b.removeChild(a); }, 0},
+      {"replace a stranger", [&] { return a.replaceChild(fresh(), stranger); }, 0},
+      {"before a stranger", [&] { return a.insertBefore(fresh(), stranger); }, 0},
+      {"remove nothing", [&] { return a.removeChild(KepDOMNode()); }, 8},
+      {"a string as child", [&] { return a.appendChild(KepDOMNode(KepString("text"))); }, 8},
+      {"before a string", [&] { return a.insertBefore(fresh(), KepDOMNode(KepString("x"))); }, 8},
+      {"second document element", [&] { return doc.appendChild(fresh()); }, 0},
+      {"text in a document", [&] { return doc.appendChild(doc.createTextNode("t")); }, 0},
+      {"attribute as child", [&] { return doc.appendChild(doc.createAttribute("a")); }, 0},
+      {"two elements for one", [&] { return doc.replaceChild(two, first); }, 0},
+      {"document in an element", [&] { return b.appendChild(newDocument()); }, 0},
+      {"child of a text", [&] { return t.appendChild(fresh()); }, 3},
+      {"fragment into itself", [&] { return two.appendChild(two); }, 0},
+      {"fragment into its child", [&] { return two.getFirstChild().appendChild(two); }, 0},
+  };
+  auto state = [&] { return shape(doc) + " " + shape(two) + " " + shape(stranger); };
+  std::string const before = state();
+  EXPECT_EQ(before, "#document(first(a(b(c)))) #document-fragment(x y) s");
+  for (Refusal const& r : refusals) {
+    KepProcess::getCurrThread()->clearErrors();
+    EXPECT_TRUE(r.change().isNull()) << r.what;
+    EXPECT_EQ(state(), before) << r.what;
+    if (r.error != 0) {
+      int code = 0;
+      EXPECT_EQ(lastError(&code), "DOMError") << r.what;
+      EXPECT_EQ(code, r.error) << r.what;
+    }
+  }
+  KepProcess::getCurrThread()->clearErrors();
+  EXPECT_TRUE(checkTree(doc, doc));
+  EXPECT_TRUE(stranger.getParentNode().isNull());
+  // What a document does take: comments and instructions around its element,
+  // and another element in place of it.
+  EXPECT_FALSE(doc.appendChild(doc.createComment("c")).isNull());
+  EXPECT_FALSE(doc.insertBefore(doc.createProcessingInstruction("pi", "x"), first).isNull());
+  EXPECT_EQ(body(doc.replaceChild(stranger, first)), body(first));
+  EXPECT_EQ(body(doc.getDocumentElement()), body(stranger));
+  EXPECT_EQ(KepDOMChildNode(stranger).remove(), 1u);
+  EXPECT_EQ(KepDOMChildNode(stranger).remove(), 0u);
+  EXPECT_EQ(shape(doc), "#document(pi #comment)");
 }
 
 TEST(DOMTree, ANodeOfAnotherDocumentIsAdoptedWithItsSubtree) {
@@ -321,15 +325,12 @@ TEST(DOMTree, ANodeOfAnotherDocumentIsAdoptedWithItsSubtree) {
   KepDOMElement root = one.createElement("root");
   one.appendChild(root);
   KepDOMElement branch = two.createElement("branch");
-  KepDOMElement leaf = two.createElement("leaf");
+  KepDOMElement leaf = branch.set("leaf");
   KepDOMText words = two.createTextNode("words");
-  branch.appendChild(leaf);
   leaf.appendChild(words);
   branch.setAttribute("kind", "wood");
   root.appendChild(branch);
-  int count = 0;
-  EXPECT_TRUE(checkTree(one, one, count));
-  EXPECT_EQ(count, 5);
+  EXPECT_TRUE(checkTree(one, one));
   EXPECT_EQ(body(words.getOwnerDocument()), body(one));
   EXPECT_EQ(body(branch.getAttributeNode("kind").getOwnerDocument()), body(one));
   // The node stays in its new document when taken out again.
@@ -341,55 +342,6 @@ TEST(DOMTree, ANodeOfAnotherDocumentIsAdoptedWithItsSubtree) {
   EXPECT_TRUE(two.adoptNode(one).isNull());
 }
 
-TEST(DOMTree, ADocumentHoldsOneElementAndNoText) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement first = doc.createElement("first");
-  KepDOMElement second = doc.createElement("second");
-  EXPECT_FALSE(doc.appendChild(first).isNull());
-  EXPECT_TRUE(doc.appendChild(second).isNull());
-  EXPECT_TRUE(doc.appendChild(doc.createTextNode("t")).isNull());
-  EXPECT_TRUE(doc.appendChild(doc.createAttribute("a")).isNull());
-  EXPECT_FALSE(doc.appendChild(doc.createComment("c")).isNull());
-  EXPECT_FALSE(doc.insertBefore(doc.createProcessingInstruction("pi", "x"), first).isNull());
-  EXPECT_EQ(body(doc.getDocumentElement()), body(first));
-  EXPECT_EQ(body(doc.replaceChild(second, first)), body(first));
-  EXPECT_EQ(body(doc.getDocumentElement()), body(second));
-  // A fragment with two elements cannot go in, nor a document anywhere.
-  KepDOMDocumentFragment two = doc.createDocumentFragment();
-  two.appendChild(doc.createElement("x"));
-  two.appendChild(doc.createElement("y"));
-  EXPECT_TRUE(doc.replaceChild(two, second).isNull());
-  EXPECT_EQ(KepDOMParentNode(two).getChildCount(), 2);
-  EXPECT_TRUE(second.appendChild(newDocument()).isNull());
-  // Leaves hold nothing.
-  KepDOMText t = doc.createTextNode("t");
-  EXPECT_TRUE(t.appendChild(doc.createElement("e")).isNull());
-  EXPECT_TRUE(t.getChildNodes().getLength() == 0);
-}
-
-TEST(DOMTree, AFragmentGivesUpItsChildrenInOrder) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement list = doc.createElement("list");
-  KepDOMElement end = doc.createElement("end");
-  list.appendChild(end);
-  KepDOMDocumentFragment fragment = doc.createDocumentFragment();
-  for (char const* n : {"one", "two", "three"}) fragment.appendChild(doc.createElement(n));
-  EXPECT_EQ(body(list.insertBefore(fragment, end)), body(fragment));
-  EXPECT_FALSE(fragment.hasChildNodes());
-  std::string order;
-  for (KepDOMNode c = list.getFirstChild(); !c.isNull(); c = c.getNextSibling()) {
-    order += text(c.getNodeName()) + " ";
-  }
-  EXPECT_EQ(order, "one two three end ");
-  // Fragment into itself, or into one of its children, is refused.
-  fragment.appendChild(doc.createElement("inner"));
-  EXPECT_TRUE(fragment.appendChild(fragment).isNull());
-  EXPECT_TRUE(fragment.getFirstChild().appendChild(fragment).isNull());
-  int count = 0;
-  EXPECT_TRUE(checkTree(list, doc, count));
-  EXPECT_EQ(count, 5);
-}
-
 TEST(DOMTree, ChildListsAreLiveAndChangeTheChildren) {
   KepDOMDocument doc = newDocument();
   KepDOMElement parent = doc.createElement("p");
@@ -398,8 +350,6 @@ TEST(DOMTree, ChildListsAreLiveAndChangeTheChildren) {
   EXPECT_EQ(kids.isEmpty(), 1u);
   for (char const* n : {"a", "b", "c", "d"}) parent.appendChild(doc.createElement(n));
   ASSERT_EQ(kids.getLength(), 4);
-  // Walking in order, then stepping back and changing the tree underneath.
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(text(kids.item(i).getNodeName()), std::string(1, 'a' + i));
   EXPECT_EQ(text(kids.item(1).getNodeName()), "b");
   parent.removeChild(kids.item(0));
   EXPECT_EQ(text(kids.item(0).getNodeName()), "b");
@@ -408,7 +358,6 @@ TEST(DOMTree, ChildListsAreLiveAndChangeTheChildren) {
   EXPECT_TRUE(kids.item(-1).isNull());
   // The list's changers are the parent's.
   EXPECT_EQ(kids.insertAt(0, doc.createElement("z")), 1u);
-  EXPECT_EQ(text(parent.getFirstChild().getNodeName()), "z");
   KepDOMNode d = kids.getLast();
   EXPECT_EQ(kids.indexOf(d), 3);
   EXPECT_EQ(text(kids.set(3, doc.createElement("y")).getNodeName()), "d");
@@ -417,6 +366,7 @@ TEST(DOMTree, ChildListsAreLiveAndChangeTheChildren) {
   EXPECT_EQ(kids.contains(d), 0u);
   EXPECT_EQ(kids.insertAt(9, doc.createElement("n")), 0u);
   EXPECT_EQ(kids.append(parent), 0u) << "a node cannot go into itself";
+  EXPECT_EQ(shape(parent), "p(z c y)");
   kids.clear();
   EXPECT_FALSE(parent.hasChildNodes());
   EXPECT_EQ(kids.getLength(), 0);

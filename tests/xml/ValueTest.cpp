@@ -265,25 +265,3 @@ TEST_F(DOMValues, NamedChildrenAndElementsAsValues) {
   EXPECT_EQ(body(e.getLastChild()), body(fresh));
   EXPECT_TRUE(fresh.set(e).isNull()) << "an ancestor cannot become a value";
 }
-
-TEST_F(DOMValues, FindFollowsAndMakesPaths) {
-  KepDOMElement limit = e.set("Mail").set("Limit");
-  limit.setString("10");
-  EXPECT_EQ(body(e.find(KepXPointer(KepString("Mail.Limit")), 0)), body(limit));
-  EXPECT_EQ(body(e.find(KepXPointer(KepString("Mail..Limit.")), 0)), body(limit));
-  EXPECT_EQ(body(e.find(KepXPointer(), 0)), body(e));
-  EXPECT_TRUE(e.find(KepXPointer(KepString("Mail.Size")), 0).isNull());
-  EXPECT_TRUE(e.find(KepXPointer(KepString("Nowhere.At.All")), 0).isNull());
-  KepDOMElement size = e.find(KepXPointer(KepString("Mail.Size")), 1);
-  ASSERT_FALSE(size.isNull());
-  EXPECT_EQ(body(size.getParentNode()), body(limit.getParentNode()));
-  KepDOMElement deep = e.find(KepXPointer(KepString("New.Deep.Path")), 1);
-  EXPECT_EQ(text(deep.getNodeName()), "Path");
-  // getXPointer walks back up.
-  EXPECT_EQ(text(deep.getXPointer(e)), "New.Deep.Path");
-  EXPECT_EQ(body(e.find(deep.getXPointer(e), 0)), body(deep));
-  EXPECT_EQ(text(deep.getXPointer(KepDOMElement())), "Values.New.Deep.Path");
-  EXPECT_TRUE(e.getXPointer(e).isNull());
-  EXPECT_TRUE(e.getXPointer(deep).isNull()) << "deep is not above e";
-  EXPECT_EQ(text(limit.getFirstChild().getXPointer(e)), "Mail.Limit");
-}

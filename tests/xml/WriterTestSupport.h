@@ -27,11 +27,10 @@ class CaptureStream : public KepIOStream {
 
 inline KepDOMWriter newWriter() { return KepDOMWriter(KepGetObject(KepClassID::DOMWriter, 0)); }
 
-// The bytes a fresh writer produces for `node`.
-inline std::string xml(KepDOMNode node) {
+// The bytes `writer` (a fresh one by default) produces for `node`.
+inline std::string xml(KepDOMNode node, KepDOMWriter writer = newWriter()) {
   auto* capture = new CaptureStream();
   KepIOStream stream(*capture);
-  KepDOMWriter writer = newWriter();
   writer.serializeAsXML(node, stream);
   return capture->bytes;
 }
