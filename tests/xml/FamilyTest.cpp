@@ -1,4 +1,5 @@
-// Class identity, factory creation, node names, null handles and the default document.
+// Class identity, factory creation, node names, null handles and the default
+// document.
 #include <gtest/gtest.h>
 
 #include <utility>

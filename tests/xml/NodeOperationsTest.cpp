@@ -1,5 +1,5 @@
-// Copies, normalising, searches, character data, change capture, node lists and
-// outer objects in a tree.
+// Copies, normalising, searches, character data, change capture and repeating
+// node lists.
 #include <gtest/gtest.h>
 
 #include <string>

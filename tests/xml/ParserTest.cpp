@@ -1,5 +1,5 @@
 // The XML parser: the tree it builds, names and namespaces, typed objects,
-// modes, the event-handler hook and XPointer-restricted builds.
+// modes, the event-handler hook, XPointer-restricted builds and paths.
 #include <gtest/gtest.h>
 
 #include <new>

@@ -1,5 +1,5 @@
 // Element values: occurrences, repeated values, data types, typed getters with
-// and without a cached native value, paths.
+// and without a cached native value, objects and dates as values.
 #include <gtest/gtest.h>
 
 #include <climits>
