@@ -314,13 +314,18 @@ KepDOMNode KepRDOMNode::insertBefore(KepDOMNode const& newChild, KepDOMNode cons
                 "xml/KepRDOMNode", __LINE__);
     return KepDOMNode();
   }
-  return _KepDOMHandle<KepDOMNode>(self->insertNode(child, ref));
+  KepRDOMNode* inserted = self->insertNode(child, ref);
+  if (inserted == nullptr) {
+    recordError(ref != nullptr && ref->parent != self ? kNotFoundErr : kHierarchyRequestErr,
+                "insertBefore", "xml/KepRDOMNode", __LINE__);
+  }
+  return _KepDOMHandle<KepDOMNode>(inserted);
 }
 
 KepDOMNode KepRDOMNode::removeChild(KepDOMNode const& oldChild) {
   KepRDOMParentNode* self = asParent();
   KepRDOMNode* child = of(oldChild);
-  if (self == nullptr || child == nullptr) {
+  if (self == nullptr || child == nullptr || child->parent != self) {
     recordError(kNotFoundErr, "removeChild", "xml/KepRDOMNode", __LINE__);
     return KepDOMNode();
   }
@@ -336,7 +341,12 @@ KepDOMNode KepRDOMNode::replaceChild(KepDOMNode const& newChild, KepDOMNode cons
                 "xml/KepRDOMNode", __LINE__);
     return KepDOMNode();
   }
-  return self->replaceNode(child, old);
+  KepDOMNode replaced = self->replaceNode(child, old);
+  if (replaced.isNull()) {
+    recordError(old->parent != self ? kNotFoundErr : kHierarchyRequestErr, "replaceChild",
+                "xml/KepRDOMNode", __LINE__);
+  }
+  return replaced;
 }
 
 int KepRDOMNode::transferChildren(KepDOMNode& to) {
