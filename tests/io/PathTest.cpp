@@ -124,30 +124,29 @@ TEST(PathCharacters, SingleByteLanguageAndDoubleByteScanning) {
 TEST(PathMatch, StarsAndQuestionMarksMatchWholeNames) {
   std::string longName(4000, 'a');
   struct Case {
-    unsigned short language;
     char const *pattern, *name;
     bool match;
+    unsigned short language = KEP_IO_LANGUAGE;
   };
-  for (Case c : {
-           Case{KEP_IO_LANGUAGE, "*", "", true},
-           Case{KEP_IO_LANGUAGE, "*", "anything", true},
-           Case{KEP_IO_LANGUAGE, "", "", true},
-           Case{KEP_IO_LANGUAGE, "", "a", false},
-           Case{KEP_IO_LANGUAGE, "*.txt", "notes.txt", true},
-           Case{KEP_IO_LANGUAGE, "*.txt", "notes.txt.bak", false},
-           Case{KEP_IO_LANGUAGE, "a*b*c", "aXXbYYbZc", true},
-           Case{KEP_IO_LANGUAGE, "a*b*c", "aXXbYYbZ", false},
-           Case{KEP_IO_LANGUAGE, "??.log", "ab.log", true},
-           Case{KEP_IO_LANGUAGE, "??.log", "abc.log", false},
-           Case{KEP_IO_LANGUAGE, "**a**", "bab", true},
-           Case{KEP_IO_LANGUAGE, "Notes", "notes", false},  // case matters
-           Case{KEP_IO_LANGUAGE, nullptr, "x", false},
-           // Long runs of stars against a non-matching name finish quickly.
-           Case{KEP_IO_LANGUAGE, "*a*a*a*a*a*a*a*a*b", longName.c_str(), false},
-           // "?" takes a whole double-byte character in a double-byte language.
-           Case{KEP_IO_LANGUAGE_SHIFT_JIS, "x?y", "x\x82\xA0y", true},
-           Case{KEP_IO_LANGUAGE, "x?y", "x\x82\xA0y", false},
-       }) {
+  Case const cases[] = {{"*", "", true},
+                        {"*", "anything", true},
+                        {"", "", true},
+                        {"", "a", false},
+                        {"*.txt", "notes.txt", true},
+                        {"*.txt", "notes.txt.bak", false},
+                        {"a*b*c", "aXXbYYbZc", true},
+                        {"a*b*c", "aXXbYYbZ", false},
+                        {"??.log", "ab.log", true},
+                        {"??.log", "abc.log", false},
+                        {"**a**", "bab", true},
+                        {"Notes", "notes", false},  // case matters
+                        {nullptr, "x", false},
+                        // Long runs of stars against a non-matching name finish quickly.
+                        {"*a*a*a*a*a*a*a*a*b", longName.c_str(), false},
+                        // "?" takes a whole double-byte character in a double-byte language.
+                        {"x?y", "x\x82\xA0y", true, KEP_IO_LANGUAGE_SHIFT_JIS},
+                        {"x?y", "x\x82\xA0y", false}};
+  for (Case const& c : cases) {
     EXPECT_EQ(__KepIODBCSStrMatch(c.language, c.pattern, c.name) != 0, c.match)
         << (c.pattern ? c.pattern : "null") << " against " << std::string(c.name).substr(0, 20);
   }
