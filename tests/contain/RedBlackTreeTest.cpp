@@ -1,7 +1,10 @@
-// _KepRedBlackTreeImpl and _KepOrderedSetImpl against std::set as the oracle.
+// _KepRedBlackTreeImpl, _KepOrderedSetImpl and KepIntMap against std::set and
+// std::map as the oracles.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
+#include <map>
 #include <random>
 #include <set>
 #include <vector>
@@ -21,57 +24,91 @@ std::vector<intptr_t> keys(_KepRedBlackTreeImpl const& t) {
   return out;
 }
 
-std::vector<intptr_t> keys(std::set<intptr_t> const& s) { return {s.begin(), s.end()}; }
+// The keys walked from the end back to the beginning.
+std::vector<intptr_t> keysBackwards(_KepRedBlackTreeImpl const& t) {
+  std::vector<intptr_t> out;
+  for (auto it = t.end(); it != t.begin();) out.push_back(V(*--it));
+  return out;
+}
+
+// A position of the tree and of the oracle name the same key, or both the end.
+template <class It, class OIt>
+bool samePosition(_KepRedBlackTreeImpl const& t, It it, std::set<intptr_t> const& o, OIt oit) {
+  if (it == t.end() || oit == o.end()) return it == t.end() && oit == o.end();
+  return V(*it) == *oit;
+}
 
 }  // namespace
 
-TEST(RedBlackTree, EmptyTreeIsConsistent) {
-  _KepRedBlackTreeImpl t(less);
-  EXPECT_TRUE(t.__rb_verify());
-  EXPECT_EQ(t.begin(), t.end());
-  EXPECT_EQ(t.find(K(1)), t.end());
-  EXPECT_EQ(t.size(), 0u);
-  t.erase(t.end());  // ignored
-  EXPECT_TRUE(t.__rb_verify());
-}
-
-TEST(RedBlackTree, RandomInsertsAndErasesKeepTheInvariants) {
+TEST(RedBlackTree, RandomInsertsFindsAndErasesMatchStdSetAndKeepTheInvariants) {
   std::mt19937 rng(12345);
   std::uniform_int_distribution<intptr_t> key(-500, 500);
-  _KepOrderedSetImpl set(less);
+  _KepOrderedSetImpl set;
+  EXPECT_FALSE(set.insert(K(1)).second) << "without a comparison nothing goes in";
+  EXPECT_EQ(set.find(K(1)), set.end());
+  EXPECT_TRUE(set.empty());
+  set.set_comp(less);
+  set.erase(set.end());  // ignored
   std::set<intptr_t> oracle;
   for (int step = 0; step < 20000; ++step) {
     intptr_t k = key(rng);
-    switch (rng() % 3) {
-      case 0:
-      case 1: {
-        auto placed = set.insert(K(k));
-        bool fresh = oracle.insert(k).second;
-        ASSERT_EQ(placed.second, fresh) << "unique insert of " << k;
-        ASSERT_EQ(V(*placed.first), k) << "the position of the key either way";
-        break;
-      }
-      default: {
-        auto it = set.find(K(k));
-        ASSERT_EQ(it != set.end(), oracle.count(k) == 1) << "find " << k;
-        if (it != set.end()) set.erase(it);
-        oracle.erase(k);
-      }
+    if (rng() % 3 != 0) {
+      auto placed = set.insert(K(k));
+      ASSERT_EQ(placed.second, oracle.insert(k).second) << "unique insert of " << k;
+      ASSERT_EQ(V(*placed.first), k) << "the position of the key either way";
+    } else {
+      auto it = set.find(K(k));
+      ASSERT_EQ(it != set.end(), oracle.count(k) == 1) << "find " << k;
+      if (it != set.end()) set.erase(it);
+      oracle.erase(k);
     }
     ASSERT_EQ(set.size(), oracle.size());
-    if (step % 499 == 0) {
-      ASSERT_TRUE(set.impl().__rb_verify()) << "after step " << step;
-      ASSERT_EQ(keys(set.impl()), keys(oracle));
+    if (step % 499 != 0) continue;
+    _KepRedBlackTreeImpl const& t = set.impl();
+    ASSERT_TRUE(t.__rb_verify()) << "after step " << step;
+    ASSERT_EQ(keys(t), std::vector<intptr_t>(oracle.begin(), oracle.end()));
+    ASSERT_EQ(keysBackwards(t), std::vector<intptr_t>(oracle.rbegin(), oracle.rend()));
+    for (intptr_t probe = -502; probe <= 502; probe += 7) {
+      ASSERT_TRUE(samePosition(t, t.lower_bound(K(probe)), oracle, oracle.lower_bound(probe)));
+      ASSERT_TRUE(samePosition(t, t.upper_bound(K(probe)), oracle, oracle.upper_bound(probe)));
     }
   }
-  EXPECT_TRUE(set.impl().__rb_verify());
-  EXPECT_EQ(keys(set.impl()), keys(oracle));
   set.destroy();
   EXPECT_TRUE(set.empty());
   EXPECT_TRUE(set.impl().__rb_verify());
 }
 
-TEST(RedBlackTree, SortedInsertsStayBalanced) {
+TEST(RedBlackTree, RangeEraseCopyAndSwapKeepEachTreeConsistent) {
+  _KepRedBlackTreeImpl t(less);
+  for (intptr_t k = 0; k < 100; ++k) t.insert_unique(K(k));
+  t.erase(t.lower_bound(K(10)), t.lower_bound(K(90)));
+  EXPECT_EQ(t.size(), 20u);
+  EXPECT_TRUE(t.__rb_verify());
+  EXPECT_EQ(keys(t)[10], 90);
+
+  _KepRedBlackTreeImpl copy(t);
+  copy.insert_unique(K(50));
+  EXPECT_EQ(t.find(K(50)), t.end()) << "the copy's structure is its own";
+  _KepRedBlackTreeImpl other(less);
+  other.insert_unique(K(-1));
+  other = copy;
+  EXPECT_EQ(keys(other), keys(copy));
+  EXPECT_TRUE(copy.__rb_verify());
+  EXPECT_TRUE(other.__rb_verify());
+
+  _KepRedBlackTreeImpl empty(less);
+  empty.swap(t);
+  EXPECT_TRUE(t.__rb_verify()) << "the emptied tree points at its own header";
+  EXPECT_EQ(empty.size(), 20u);
+  EXPECT_TRUE(empty.__rb_verify());
+  t.insert_unique(K(3));
+  EXPECT_EQ(keys(t), (std::vector<intptr_t>{3}));
+  empty.erase(empty.begin(), empty.end());  // everything in one step
+  EXPECT_TRUE(empty.empty());
+  EXPECT_TRUE(empty.__rb_verify());
+}
+
+TEST(RedBlackTree, SortedInsertsStayBalancedAndVerifyCatchesBrokenTrees) {
   _KepRedBlackTreeImpl up(less);
   _KepRedBlackTreeImpl down(less);
   for (intptr_t i = 0; i < 4096; ++i) {
@@ -81,108 +118,68 @@ TEST(RedBlackTree, SortedInsertsStayBalanced) {
   EXPECT_TRUE(up.__rb_verify());
   EXPECT_TRUE(down.__rb_verify());
   // A red-black tree of n nodes has a black height of at most log2(n + 1).
-  _KepRedBlackTreeNode* root = up.begin().node;
+  _KepRedBlackTreeNode* first = up.begin().node;
+  _KepRedBlackTreeNode* root = first;
   while (root->parent->parent != root) root = root->parent;
-  EXPECT_LE(_KepRedBlackTreeImpl::__black_count(up.begin().node, root), 13);
+  EXPECT_LE(_KepRedBlackTreeImpl::__black_count(first, root), 13);
   EXPECT_EQ(_KepRedBlackTreeImpl::__black_count(nullptr, root), 0);
-}
 
-TEST(RedBlackTree, BoundsMatchStdSet) {
-  _KepRedBlackTreeImpl t(less);
-  std::set<intptr_t> oracle;
-  for (intptr_t k = 0; k < 200; k += 3) {
-    t.insert_unique(K(k));
-    oracle.insert(k);
-  }
-  for (intptr_t probe = -2; probe < 205; ++probe) {
-    auto lo = t.lower_bound(K(probe));
-    auto hi = t.upper_bound(K(probe));
-    auto olo = oracle.lower_bound(probe);
-    auto ohi = oracle.upper_bound(probe);
-    ASSERT_EQ(lo == t.end(), olo == oracle.end()) << probe;
-    ASSERT_EQ(hi == t.end(), ohi == oracle.end()) << probe;
-    if (lo != t.end()) {
-      EXPECT_EQ(V(*lo), *olo);
-    }
-    if (hi != t.end()) {
-      EXPECT_EQ(V(*hi), *ohi);
-    }
-  }
-}
-
-TEST(RedBlackTree, WalksBothWays) {
-  _KepRedBlackTreeImpl t(less);
-  for (intptr_t k : {50, 20, 80, 10, 30, 70, 90, 60}) t.insert_unique(K(k));
-  std::vector<intptr_t> backwards;
-  auto it = t.end();
-  do {
-    --it;  // from the end: the largest key first
-    backwards.push_back(V(*it));
-  } while (it != t.begin());
-  EXPECT_EQ(backwards, (std::vector<intptr_t>{90, 80, 70, 60, 50, 30, 20, 10}));
-}
-
-TEST(RedBlackTree, RangeEraseCopyAndSwap) {
-  _KepRedBlackTreeImpl t(less);
-  for (intptr_t k = 0; k < 100; ++k) t.insert_unique(K(k));
-  t.erase(t.lower_bound(K(10)), t.lower_bound(K(90)));
-  EXPECT_EQ(t.size(), 20u);
-  EXPECT_TRUE(t.__rb_verify());
-  EXPECT_EQ(keys(t).front(), 0);
-  EXPECT_EQ(keys(t)[10], 90);
-
-  _KepRedBlackTreeImpl copy(t);
-  EXPECT_TRUE(copy.__rb_verify());
-  EXPECT_EQ(keys(copy), keys(t));
-  copy.insert_unique(K(50));
-  EXPECT_EQ(t.find(K(50)), t.end()) << "the copy's structure is its own";
-
-  _KepRedBlackTreeImpl other(less);
-  other.insert_unique(K(-1));
-  other = copy;
-  EXPECT_EQ(keys(other), keys(copy));
-  EXPECT_TRUE(other.__rb_verify());
-
-  _KepRedBlackTreeImpl empty(less);
-  empty.swap(t);
-  EXPECT_EQ(t.size(), 0u);
-  EXPECT_TRUE(t.__rb_verify()) << "the emptied tree points at its own header";
-  EXPECT_EQ(empty.size(), 20u);
-  EXPECT_TRUE(empty.__rb_verify());
-  t.insert_unique(K(3));
-  EXPECT_EQ(keys(t), (std::vector<intptr_t>{3}));
-
-  empty.erase(empty.begin(), empty.end());  // everything in one step
-  EXPECT_TRUE(empty.empty());
-  EXPECT_TRUE(empty.__rb_verify());
-}
-
-TEST(RedBlackTree, VerifyCatchesBrokenTrees) {
-  _KepRedBlackTreeImpl t(less);
-  for (intptr_t k = 1; k <= 15; ++k) t.insert_unique(K(k));
-  ASSERT_TRUE(t.__rb_verify());
-  // Out of order keys.
-  _KepRedBlackTreeNode* first = t.begin().node;
-  _KepRedBlackTreeNode* last = (--t.end()).node;
+  _KepRedBlackTreeNode* last = (--up.end()).node;
   std::swap(first->key, last->key);
-  EXPECT_FALSE(t.__rb_verify());
+  EXPECT_FALSE(up.__rb_verify()) << "keys out of order";
   std::swap(first->key, last->key);
-  ASSERT_TRUE(t.__rb_verify());
-  // A changed black height on one leaf's path.
   int saved = first->color;
   first->color = first->color == 0 ? 1 : 0;
-  EXPECT_FALSE(t.__rb_verify());
+  EXPECT_FALSE(up.__rb_verify()) << "a changed black height on one leaf's path";
   first->color = saved;
-  EXPECT_TRUE(t.__rb_verify());
+  EXPECT_TRUE(up.__rb_verify());
 }
 
-TEST(RedBlackTree, WithoutAComparisonNothingGoesIn) {
-  _KepOrderedSetImpl set;
-  EXPECT_FALSE(set.insert(K(1)).second);
-  EXPECT_TRUE(set.empty());
-  EXPECT_EQ(set.find(K(1)), set.end());
-  set.set_comp(less);
-  EXPECT_TRUE(set.insert(K(1)).second);
-  EXPECT_FALSE(set.insert(K(1)).second);
-  EXPECT_EQ(set.size(), 1u);
+TEST(IntMap, RandomPutsAndRemovesMatchStdMap) {
+  KepIntMap m;
+  KepIntMapEntry* e = m.put(INT_MIN, 7);
+  EXPECT_EQ(m.put(INT_MIN, 9), e) << "the same entry, overwritten";
+  m.put(INT_MAX, 3);  // extreme keys order as signed integers
+  std::map<int, int> oracle{{INT_MIN, 9}, {INT_MAX, 3}};
+  std::mt19937 rng(7);
+  std::uniform_int_distribution<int> key(-300, 300);
+  for (int step = 0; step < 6000; ++step) {
+    int k = key(rng);
+    if (rng() % 3 != 0) {
+      int v = static_cast<int>(rng() % 1000);
+      e = m.put(k, v);
+      oracle[k] = v;
+      ASSERT_TRUE(e->key == k && e->value == v);
+    } else {
+      ASSERT_EQ(m.remove(k), oracle.erase(k)) << "remove answers whether " << k << " was there";
+    }
+  }
+  ASSERT_EQ(static_cast<size_t>(m.size()), oracle.size());
+  for (int k = -301; k <= 301; ++k) {
+    e = m.find(k);
+    auto o = oracle.find(k);
+    EXPECT_EQ(e == nullptr ? -1 : e->value, o == oracle.end() ? -1 : o->second) << k;
+  }
+  EXPECT_EQ(m.find(INT_MIN)->value, 9);
+  EXPECT_EQ(m.find(INT_MAX)->value, 3);
+}
+
+TEST(IntMap, AReplacedOrderIsUsedAndNullEntriesNeverCompareLess) {
+  KepIntMapEntry a{1, 0};
+  KepIntMapEntry b{2, 0};
+  EXPECT_EQ(KepIntMapComparator(&a, &b), 1u);
+  EXPECT_EQ(KepIntMapComparator(&b, &a), 0u);
+  EXPECT_EQ(KepIntMapComparator(&a, &a), 0u);
+  EXPECT_EQ(KepIntMapComparator(nullptr, &b), 0u);
+  EXPECT_EQ(KepIntMapComparator(&a, nullptr), 0u);
+
+  KepIntMap m;
+  m.setComparator([](void* x, void* y) -> unsigned long {  // descending keys
+    return static_cast<KepIntMapEntry*>(x)->key > static_cast<KepIntMapEntry*>(y)->key;
+  });
+  for (int k : {1, 5, 3}) m.put(k, k * 10);
+  EXPECT_EQ(m.size(), 3);
+  EXPECT_EQ(m.find(5)->value, 50);
+  EXPECT_EQ(m.remove(1), 1u);
+  EXPECT_EQ(m.find(1), nullptr);
 }

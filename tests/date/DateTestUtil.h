@@ -17,10 +17,10 @@
 
 namespace datetest {
 
-// Sanitized builds run the sampled checks on fewer samples.
-using keptest::kSanitized;
+constexpr long kDay = 86400;
 
-inline long scaled(long normal, long sanitized) { return kSanitized ? sanitized : normal; }
+// Sanitized builds run the sampled checks on fewer samples.
+inline long scaled(long normal, long sanitized) { return keptest::kSanitized ? sanitized : normal; }
 
 // splitmix64: reproducible samples.
 class Rng {
@@ -57,6 +57,7 @@ inline long gmtSecs(int year, int month, int day, int hour = 0, int minute = 0, 
   return static_cast<long>(timegm(&tm));
 }
 
+// A record of the given fields, its weekday from glibc.
 inline _KepDateTime datim(int year, int month, int day, int hour = 0, int minute = 0,
                           int second = 0, int ms = 0) {
   _KepDateTime d = {};
@@ -71,10 +72,22 @@ inline _KepDateTime datim(int year, int month, int day, int hour = 0, int minute
   return d;
 }
 
-inline _KepDateTime fromTm(std::tm const& tm) {
-  _KepDateTime d =
-      datim(tm.tm_year + 1900, tm.tm_mon, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec);
-  d.dayOfWeek = static_cast<uint8_t>(tm.tm_wday);
+// The record glibc gives for a GMT value.
+inline _KepDateTime dateAt(long secs) {
+  std::tm tm = utc(secs);
+  return datim(tm.tm_year + 1900, tm.tm_mon, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec);
+}
+
+// The library's conversions, expected to succeed.
+inline unsigned long toSecs(_KepDateTime const& d, void* zone = nullptr) {
+  unsigned long secs = 0;
+  EXPECT_EQ(_KepDateDate2Secs(&d, &secs, zone), 0u);
+  return secs;
+}
+
+inline _KepDateTime toDate(unsigned long secs, void* zone = nullptr) {
+  _KepDateTime d;
+  EXPECT_EQ(_KepDateSecs2Date(secs, &d, zone), 0u);
   return d;
 }
 

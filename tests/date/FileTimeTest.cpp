@@ -1,11 +1,6 @@
-// File-time pairs against exact 128-bit arithmetic. Additions, negation and
-// comparison treat the two 64-bit words as one 128-bit number and agree exactly.
-// Multiplication keeps the 32-bit design (bit 31 of the low word moves into the
-// high word at each doubling): it is exact only while the low word stays below
-// that bit; otherwise the high word also counts the low word's overflow, which the
-// tests bound. The approximate division agrees (to one unit) only for values
-// whose high word is 0; with a high word the duplicated carries make it no
-// quotient at all, so file times of real dates do not convert back exactly.
+// File-time pairs against exact 128-bit arithmetic: additions, negation and
+// comparison are exact; multiplication keeps the bit-31 carry of the 32-bit design
+// (bounded below) and the approximate division holds for single-word values.
 #include <gtest/gtest.h>
 
 #include "DateTestUtil.h"
@@ -83,11 +78,8 @@ TEST(FileTime, GmtValuesAgreeWithTheEpochOffsetOverTheWholeRange) {
   const unsigned long n = 10000000;
   Rng rng(25);
   for (long i = 0; i < scaled(300000, 30000); ++i) {
-    unsigned long gmt = i < 4 ? (i == 0   ? 0
-                                 : i == 1 ? 1
-                                 : i == 2 ? 0x7FFFFFFFul
-                                          : 0xFFFFFFFFul)
-                              : rng.below(1ull << 32);
+    unsigned long const edges[] = {0, 1, 0x7FFFFFFF, 0xFFFFFFFF};
+    unsigned long gmt = i < 4 ? edges[i] : rng.below(1ull << 32);
     _KepFileTime ft;
     _KepDateGmtVal2FileTime(gmt, &ft);
     u128 exact = (u128(gmt) + 11644473600ull) * n;

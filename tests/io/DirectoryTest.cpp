@@ -11,6 +11,8 @@
 #include "kep/Kep.h"
 #include "support/KepTestSupport.h"
 
+using iotest::modeOf;
+using iotest::mtimeOf;
 using iotest::present;
 using iotest::readFile;
 using iotest::writeFile;
@@ -33,12 +35,11 @@ std::vector<std::string> namesOf(std::string const& dir, char const* pattern) {
 
 }  // namespace
 
-TEST(Directories, CreateMakesEveryMissingParent) {
+TEST(Directories, CreateMakesEveryMissingParentAndRemoveAllTakesTheTree) {
   TempDir dir;
-  std::string deep = dir.file("one/two/three/");
-  EXPECT_EQ(_KepIODirCreate(deep.c_str()), 0u);
+  EXPECT_EQ(_KepIODirCreate(dir.file("one/two/three/").c_str()), 0u);
   EXPECT_TRUE(present(dir.file("one/two/three")));
-  EXPECT_EQ(_KepIODirCreate(deep.c_str()), 0u) << "present already";
+  EXPECT_EQ(_KepIODirCreate(dir.file("one/two").c_str()), 0u) << "present already";
   EXPECT_EQ(__KepIODirCreate(dir.file("one").c_str()), KEP_IO_SHARING);
   EXPECT_EQ(__KepIODirCreate(dir.file("x/y").c_str()), KEP_IO_NOT_FOUND) << "no parent made";
   EXPECT_EQ(_KepIODirCreate("no-parent-part-here"), KEP_IO_NOT_FOUND);
@@ -47,34 +48,25 @@ TEST(Directories, CreateMakesEveryMissingParent) {
   EXPECT_TRUE(present(dir.file("f/g")));
   EXPECT_FALSE(present(dir.file("f/g/file.txt")));
   EXPECT_EQ(_KepIODirCreateForFile("bare-name"), 0u);
-
   writeFile(dir.file("blocker"), "a file in the way");
   EXPECT_NE(_KepIODirCreate(dir.file("blocker/sub").c_str()), 0u);
-  EXPECT_EQ(_KepIODirRemove(dir.file("one/two/three").c_str()), 0u);
+  EXPECT_EQ(_KepIODirRemoveAll(dir.file("blocker").c_str(), 0), KEP_IO_FAILED);
   EXPECT_EQ(_KepIODirRemove(dir.file("one").c_str()), KEP_IO_FAILED) << "not empty";
-}
+  EXPECT_EQ(_KepIODirRemove(dir.file("one/two/three").c_str()), 0u);
 
-TEST(Directories, RemoveAllTakesTheTreeButNotWhatLinksPointAt) {
-  TempDir dir;
   TempDir outside;
   writeFile(outside.file("precious"), "keep me");
-  std::string tree = dir.file("tree");
-  ASSERT_EQ(_KepIODirCreate((tree + "/a/b/c").c_str()), 0u);
+  std::string tree = dir.file("one");
   writeFile(tree + "/top.txt", "1");
-  writeFile(tree + "/a/b/c/deep.txt", "2");
-  ASSERT_EQ(symlink(outside.path().c_str(), (tree + "/a/link").c_str()), 0);
-
+  writeFile(tree + "/two/deep.txt", "2");
+  ASSERT_EQ(symlink(outside.path().c_str(), (tree + "/two/link").c_str()), 0);
   EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), KEP_IO_KEEP_DIRECTORY), 0u);
   EXPECT_TRUE(present(tree));
-  EXPECT_FALSE(present(tree + "/a"));
+  EXPECT_FALSE(present(tree + "/two"));
   EXPECT_EQ(readFile(outside.file("precious")), "keep me") << "links are not followed";
-
-  ASSERT_EQ(_KepIODirCreate((tree + "/again").c_str()), 0u);
   EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), 0), 0u);
   EXPECT_FALSE(present(tree));
   EXPECT_EQ(_KepIODirRemoveAll(tree.c_str(), 0), KEP_IO_NOT_FOUND);
-  writeFile(dir.file("file"), "x");
-  EXPECT_EQ(_KepIODirRemoveAll(dir.file("file").c_str(), 0), KEP_IO_FAILED);
 }
 
 TEST(Directories, EnumerationMatchesPatternsInNameOrder) {
@@ -129,20 +121,23 @@ TEST(MoveAndCopy, CopyKeepsContentTimesAndModeLessWriteBits) {
   ASSERT_EQ(chmod(source.c_str(), 0664), 0);
   ASSERT_EQ(_KepIOSetFileGMTVAL(source.c_str(), nullptr, 1234567890), 0u);
 
-  std::string keep = dir.file("keep");
-  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, keep.c_str(), KEP_IO_READ_WRITE), 0u);
-  EXPECT_EQ(readFile(keep), content);
-  EXPECT_EQ(iotest::modeOf(keep), 0664u);
-  EXPECT_EQ(iotest::mtimeOf(keep), 1234567890);
-
-  std::string readOnly = dir.file("readonly");
-  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, readOnly.c_str(), KEP_IO_WRITE), 0u);
-  EXPECT_EQ(iotest::modeOf(readOnly), 0444u) << "flag 1 without flag 2: every write bit goes";
-  std::string ownerOnly = dir.file("owner");
-  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, ownerOnly.c_str(), KEP_IO_READ), 0u);
-  EXPECT_EQ(iotest::modeOf(ownerOnly), 0644u) << "neither flag: group and other write bits go";
-
-  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, keep.c_str(), 194), KEP_IO_COPY_DESTINATION)
+  // Flag 2 keeps the mode, flag 1 alone drops every write bit, neither drops
+  // the group's and others'.
+  struct Case {
+    char const* name;
+    unsigned long flags;
+    unsigned mode;
+  };
+  for (Case c : {Case{"keep", KEP_IO_READ_WRITE, 0664}, Case{"readonly", KEP_IO_WRITE, 0444},
+                 Case{"owner", KEP_IO_READ, 0644}}) {
+    std::string target = dir.file(c.name);
+    EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, target.c_str(), c.flags), 0u);
+    EXPECT_EQ(readFile(target), content);
+    EXPECT_EQ(modeOf(target), c.mode) << c.name;
+    EXPECT_EQ(mtimeOf(target), 1234567890);
+  }
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, dir.file("keep").c_str(), 194),
+            KEP_IO_COPY_DESTINATION)
       << "an exclusive destination must not exist";
   EXPECT_EQ(_KepIOCopy(dir.file("none").c_str(), KEP_IO_READ, dir.file("dest").c_str(),
                        KEP_IO_READ_WRITE),
@@ -154,10 +149,11 @@ TEST(MoveAndCopy, CopyKeepsContentTimesAndModeLessWriteBits) {
 TEST(MoveAndCopy, MoveRenamesOrCopiesAcrossDevices) {
   TempDir dir;
   std::string from = dir.file("from");
+  std::string source = dir.file("to");
   writeFile(from, "moving");
-  EXPECT_EQ(_KepIOMove(from.c_str(), dir.file("to").c_str()), 0u);
+  EXPECT_EQ(_KepIOMove(from.c_str(), source.c_str()), 0u);
   EXPECT_FALSE(present(from));
-  EXPECT_EQ(readFile(dir.file("to")), "moving");
+  EXPECT_EQ(readFile(source), "moving");
   EXPECT_EQ(_KepIOMove(from.c_str(), dir.file("other").c_str()), KEP_IO_MOVE_NOT_FOUND);
 
   struct stat here;
@@ -167,14 +163,13 @@ TEST(MoveAndCopy, MoveRenamesOrCopiesAcrossDevices) {
     GTEST_SKIP() << "/dev/shm is not another device here";
   }
   std::string away = "/dev/shm/kep-io-test-" + std::to_string(getpid());
-  std::string source = dir.file("to");
   ASSERT_EQ(chmod(source.c_str(), 0640), 0);
   ASSERT_EQ(_KepIOSetFileGMTVAL(source.c_str(), nullptr, 1111111111), 0u);
   EXPECT_EQ(_KepIOMove(source.c_str(), away.c_str()), 0u);
   EXPECT_FALSE(present(source));
   EXPECT_EQ(readFile(away), "moving");
-  EXPECT_EQ(iotest::modeOf(away), 0640u);
-  EXPECT_EQ(iotest::mtimeOf(away), 1111111111);
+  EXPECT_EQ(modeOf(away), 0640u);
+  EXPECT_EQ(mtimeOf(away), 1111111111);
 
   writeFile(source, "again");
   EXPECT_EQ(_KepIOMove(source.c_str(), away.c_str()), KEP_IO_MOVE_COPY_FAILED)

@@ -19,6 +19,13 @@ using keptest::TempDir;
 
 namespace {
 
+// A file of the temporary directory, written with `content`.
+std::string fileWith(TempDir const& dir, char const* name, std::string const& content) {
+  std::string path = dir.file(name);
+  writeFile(path, content);
+  return path;
+}
+
 // Opens with the layer and expects success.
 _Io_File openOk(std::string const& path, unsigned long flags) {
   _Io_File file;
@@ -26,43 +33,46 @@ _Io_File openOk(std::string const& path, unsigned long flags) {
   return file;
 }
 
+unsigned long sizeOf(_Io_File* file) {
+  unsigned long size = 0;
+  EXPECT_EQ(_KepIOSize(file, &size), 0u);
+  return size;
+}
+
+unsigned long positionOf(_Io_File* file) {
+  unsigned long where = 0;
+  EXPECT_EQ(_KepIOTell(file, &where), 0u);
+  return where;
+}
+
 }  // namespace
 
-TEST(FileLayerOpen, PlainOpensShareAndCountAndTheLastCloseRemovesTheEntry) {
+TEST(FileLayerOpen, PlainOpensShareAndCountAndExclusiveOnesAreRefused) {
   TempDir dir;
-  std::string path = dir.file("shared");
-  writeFile(path, "x");
+  std::string path = fileWith(dir, "shared", "x");
   _Io_File a = openOk(path, KEP_IO_READ);
   _Io_File b = openOk(path, KEP_IO_READ_WRITE);
   EXPECT_EQ(_KepIOOpenCount(path.c_str()), 2u);
   EXPECT_STREQ(a.path, path.c_str());
   EXPECT_EQ(a.pathLength, path.size() + 1);
-  EXPECT_EQ(_KepIOClose(&a), 0u);
-  EXPECT_EQ(a.fd, -1);
-  EXPECT_EQ(a.path, nullptr);
-  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 1u);
-  EXPECT_EQ(_KepIOClose(&b), 0u);
-  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 0u);
-  EXPECT_EQ(_KepIOClose(&b), KEP_IO_BAD_HANDLE) << "a closed record is refused";
-}
-
-TEST(FileLayerOpen, ExclusiveOpensAndLockRequestsAreRefusedOnOpenPaths) {
-  TempDir dir;
-  std::string path = dir.file("exclusive");
-  writeFile(path, "x");
-  _Io_File owner = openOk(path, KEP_IO_READ | KEP_IO_EXCLUSIVE);
   _Io_File other;
-  EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ, &other, 1), KEP_IO_SHARING);
-  EXPECT_EQ(other.fd, -1);
-  EXPECT_EQ(other.path, nullptr);
-  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 1u) << "a refused open leaves the count alone";
-  EXPECT_EQ(_KepIOClose(&owner), 0u);
-
-  _Io_File plain = openOk(path, KEP_IO_READ);
   EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ | KEP_IO_EXCLUSIVE, &other, 1), KEP_IO_SHARING);
   EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_LOCK_EXCLUSIVE, &other, 1), KEP_IO_SHARING);
   EXPECT_EQ(__KepIOCreate(path.c_str(), KEP_IO_READ, 0644, &other), KEP_IO_SHARING);
-  EXPECT_EQ(_KepIOClose(&plain), 0u);
+  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 2u) << "refused opens leave the count alone";
+  EXPECT_EQ(_KepIOClose(&a), 0u);
+  EXPECT_EQ(a.fd, -1);
+  EXPECT_EQ(a.path, nullptr);
+  EXPECT_EQ(_KepIOClose(&b), 0u);
+  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 0u) << "the last close removes the entry";
+  EXPECT_EQ(_KepIOClose(&b), KEP_IO_BAD_HANDLE) << "a closed record is refused";
+
+  _Io_File owner = openOk(path, KEP_IO_READ | KEP_IO_EXCLUSIVE);
+  EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ, &other, 1), KEP_IO_SHARING);
+  EXPECT_EQ(other.fd, -1);
+  EXPECT_EQ(other.path, nullptr);
+  EXPECT_EQ(_KepIOOpenCount(path.c_str()), 1u);
+  EXPECT_EQ(_KepIOClose(&owner), 0u);
 
   _Io_File locked = openOk(path, KEP_IO_LOCK_EXCLUSIVE);
   EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ, &other, 1), 0u)
@@ -71,7 +81,7 @@ TEST(FileLayerOpen, ExclusiveOpensAndLockRequestsAreRefusedOnOpenPaths) {
   EXPECT_EQ(_KepIOClose(&locked), 0u);
 }
 
-TEST(FileLayerOpen, CreatingOpensTruncateButNeverCreate) {
+TEST(FileLayerOpen, CreatingOpensTruncateAndCreateOnlyOnRequest) {
   TempDir dir;
   std::string missing = dir.file("missing");
   _Io_File file;
@@ -80,12 +90,9 @@ TEST(FileLayerOpen, CreatingOpensTruncateButNeverCreate) {
   EXPECT_FALSE(iotest::present(missing));
   EXPECT_EQ(_KepIOOpenCount(missing.c_str()), 0u);
 
-  std::string existing = dir.file("existing");
-  writeFile(existing, "old content");
+  std::string existing = fileWith(dir, "existing", "old content");
   ASSERT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_READ, 0644, &file), 0u);
-  unsigned long size = 99;
-  EXPECT_EQ(_KepIOSize(&file, &size), 0u);
-  EXPECT_EQ(size, 0u) << "a creating open truncates";
+  EXPECT_EQ(sizeOf(&file), 0u) << "a creating open truncates";
   uint32_t wrote = 0;
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_CUR, 0, 3, "new", &wrote), 0u) << "and is read-write";
   EXPECT_EQ(_KepIOClose(&file), 0u);
@@ -95,7 +102,6 @@ TEST(FileLayerOpen, CreatingOpensTruncateButNeverCreate) {
       << "write-only plus read-write is access mode 3: no lock can be taken";
   EXPECT_EQ(file.fd, -1);
   EXPECT_EQ(_KepIOOpenCount(existing.c_str()), 0u);
-
   writeFile(existing, "kept");
   ASSERT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_EXCLUSIVE, 0644, &file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
@@ -103,22 +109,13 @@ TEST(FileLayerOpen, CreatingOpensTruncateButNeverCreate) {
 
   ASSERT_EQ(__KepIOOpenCreating(missing.c_str(), KEP_IO_WRITE | KEP_IO_CREATE, 0600, &file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
-  EXPECT_TRUE(iotest::present(missing));
   EXPECT_EQ(iotest::modeOf(missing) & 0700u, 0600u);
-}
-
-TEST(FileLayerOpen, DirectoryCreationIsRequestedByFlag) {
-  TempDir dir;
   std::string deep = dir.file("a/b/c/file");
-  _Io_File file;
-  EXPECT_EQ(__KepIOOpenCreating(deep.c_str(), KEP_IO_WRITE | KEP_IO_CREATE, 0644, &file),
-            KEP_IO_NOT_FOUND);
-  ASSERT_EQ(
-      __KepIOOpenCreating(deep.c_str(), KEP_IO_WRITE | KEP_IO_CREATE | KEP_IO_CREATE_DIRECTORIES,
-                          0644, &file),
-      0u);
+  unsigned long const create = KEP_IO_WRITE | KEP_IO_CREATE;
+  EXPECT_EQ(__KepIOOpenCreating(deep.c_str(), create, 0644, &file), KEP_IO_NOT_FOUND);
+  ASSERT_EQ(__KepIOOpenCreating(deep.c_str(), create | KEP_IO_CREATE_DIRECTORIES, 0644, &file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
-  EXPECT_TRUE(iotest::present(deep));
+  EXPECT_TRUE(iotest::present(deep)) << "directories are made on request";
 }
 
 TEST(FileLayerOpen, BadArgumentsAndOverlongPaths) {
@@ -138,9 +135,7 @@ TEST(FileLayerOpen, BadArgumentsAndOverlongPaths) {
 
 TEST(FileLayerReadWrite, ShortReadsGiveTheCountAndTheShortReadCode) {
   TempDir dir;
-  std::string path = dir.file("sixty");
-  writeFile(path, std::string(60, 'z'));
-  _Io_File file = openOk(path, KEP_IO_READ);
+  _Io_File file = openOk(fileWith(dir, "sixty", std::string(60, 'z')), KEP_IO_READ);
   char buffer[100];
   uint16_t count = 0;
   EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, 100, buffer, &count), KEP_IO_SHORT_READ);
@@ -155,62 +150,43 @@ TEST(FileLayerReadWrite, ShortReadsGiveTheCountAndTheShortReadCode) {
       << "writing a record opened for reading";
   EXPECT_EQ(wrote, 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
-}
 
-TEST(FileLayerReadWrite, FailingReadsAreTriedAgainAndMapped) {
+  // Reading a record opened for writing fails on every retry and maps to a bad handle.
   unsigned long previous = _KepIOSetReadRetryPause(1);
-  TempDir dir;
-  std::string path = dir.file("writeonly");
-  writeFile(path, "data");
-  _Io_File file = openOk(path, KEP_IO_WRITE);
-  char buffer[4];
-  uint16_t count = 3;
+  file = openOk(dir.file("sixty"), KEP_IO_WRITE);
+  count = 3;
   EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, 4, buffer, &count), KEP_IO_BAD_HANDLE);
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
   EXPECT_EQ(_KepIOSetReadRetryPause(previous), 1u);
 }
 
-TEST(FileLayerReadWrite, WritesSeekByWhenceAndTellTheNewPosition) {
+TEST(FileLayerReadWrite, WritesSeekByWhenceAndTruncateCutsOrRefuses) {
   TempDir dir;
-  std::string path = dir.file("whence");
-  writeFile(path, "0123456789");
+  std::string path = fileWith(dir, "whence", "0123456789");
   _Io_File file = openOk(path, KEP_IO_READ_WRITE);
   uint32_t wrote = 0;
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_SET, 2, 2, "ab", &wrote), 0u);
   EXPECT_EQ(wrote, 2u);
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_CUR, 1, 1, "c", &wrote), 0u);
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_END, -1, 2, "de", &wrote), 0u);
+  EXPECT_EQ(positionOf(&file), 11u);
   unsigned long where = 0;
-  EXPECT_EQ(_KepIOTell(&file, &where), 0u);
-  EXPECT_EQ(where, 11u);
   EXPECT_EQ(_KepIOSeek(&file, 3, KEP_IO_SEEK_SET, &where), 0u);
   EXPECT_EQ(where, 3u);
   EXPECT_EQ(_KepIOSeek(&file, -100, KEP_IO_SEEK_SET, &where), KEP_IO_FAILED);
   EXPECT_EQ(_KepIOFlush(&file), 0u);
-  EXPECT_EQ(_KepIOClose(&file), 0u);
   EXPECT_EQ(readFile(path), "01ab4c678de");
-}
 
-TEST(FileLayerReadWrite, TruncateCutsOrRefusesAndAlwaysMovesThePosition) {
-  TempDir dir;
-  std::string path = dir.file("truncate");
-  writeFile(path, std::string(100, 'q'));
-  _Io_File file = openOk(path, KEP_IO_READ_WRITE);
-  unsigned long value = 0;
   EXPECT_EQ(_KepIOTruncate(&file, 150), KEP_IO_TRUNCATE_BEYOND_END);
-  EXPECT_EQ(_KepIOSize(&file, &value), 0u);
-  EXPECT_EQ(value, 100u) << "the file is not grown";
-  EXPECT_EQ(_KepIOTell(&file, &value), 0u);
-  EXPECT_EQ(value, 150u) << "but the position is at the length";
-  EXPECT_EQ(_KepIOTruncate(&file, 40), 0u);
-  EXPECT_EQ(_KepIOSize(&file, &value), 0u);
-  EXPECT_EQ(value, 40u);
-  EXPECT_EQ(_KepIOTell(&file, &value), 0u);
-  EXPECT_EQ(value, 40u);
-  EXPECT_EQ(unix_filelength(file.fd), 40);
-  EXPECT_EQ(unix_chsize(file.fd, 10), 0);
-  EXPECT_EQ(unix_filelength(file.fd), 10);
+  EXPECT_EQ(sizeOf(&file), 11u) << "the file is not grown";
+  EXPECT_EQ(positionOf(&file), 150u) << "but the position is at the length";
+  EXPECT_EQ(_KepIOTruncate(&file, 8), 0u);
+  EXPECT_EQ(sizeOf(&file), 8u);
+  EXPECT_EQ(positionOf(&file), 8u);
+  EXPECT_EQ(unix_filelength(file.fd), 8);
+  EXPECT_EQ(unix_chsize(file.fd, 4), 0);
+  EXPECT_EQ(unix_filelength(file.fd), 4);
   EXPECT_EQ(unix_filelength(-1), -1);
   EXPECT_EQ(_KepIOClose(&file), 0u);
 }
@@ -224,9 +200,7 @@ TEST(FileLayerReadWrite, PositionsBeyondFourGigabytesInASparseFile) {
   uint32_t wrote = 0;
   ASSERT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_SET, far, 5, "hello", &wrote), 0u);
   EXPECT_EQ(wrote, 5u);
-  unsigned long value = 0;
-  EXPECT_EQ(_KepIOSize(&file, &value), 0u);
-  EXPECT_EQ(value, static_cast<unsigned long>(far) + 5);
+  EXPECT_EQ(sizeOf(&file), static_cast<unsigned long>(far) + 5);
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_SET, 1, 1, "!", &wrote), 0u);
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_CUR, far - 2, 2, "HE", &wrote), 0u)
       << "a long step from the current position";
@@ -241,57 +215,49 @@ TEST(FileLayerReadWrite, PositionsBeyondFourGigabytesInASparseFile) {
   EXPECT_EQ(_KepIOClose(&file), 0u);
 }
 
-TEST(FileLayerPaths, DeleteExistAndAttributes) {
+TEST(FileLayerPaths, DeleteExistAttributesAndFileTimes) {
   TempDir dir;
-  std::string path = dir.file("file");
-  writeFile(path, "abc");
-  unsigned long attribute = 99;
+  std::string path = fileWith(dir, "file", "abc");
+  unsigned long value = 99;
   EXPECT_EQ(_KepIOExist(path.c_str()), 0u);
-  EXPECT_EQ(_KepIOGetAttribute(path.c_str(), &attribute), 0u);
-  EXPECT_EQ(attribute, 1u);
-  EXPECT_EQ(_KepIOGetAttribute(dir.path().c_str(), &attribute), 0u);
-  EXPECT_EQ(attribute, 0x20u);
+  EXPECT_EQ(_KepIOGetAttribute(path.c_str(), &value), 0u);
+  EXPECT_EQ(value, 1u);
+  EXPECT_EQ(_KepIOGetAttribute(dir.path().c_str(), &value), 0u);
+  EXPECT_EQ(value, 0x20u);
   EXPECT_EQ(_KepIODelete(dir.path().c_str()), KEP_IO_FAILED) << "directories are refused";
   EXPECT_TRUE(iotest::present(dir.path()));
-  EXPECT_EQ(_KepIODelete(path.c_str()), 0u);
-  EXPECT_EQ(_KepIOExist(path.c_str()), KEP_IO_NOT_FOUND);
-  EXPECT_EQ(_KepIODelete(path.c_str()), KEP_IO_NOT_FOUND);
-  EXPECT_EQ(_KepIOGetAttribute(path.c_str(), &attribute), KEP_IO_NOT_FOUND);
-  EXPECT_EQ(_KepIOMapErrno(0x11), KEP_IO_SHARING);  // "already present"
-  EXPECT_EQ(QbioErrorHandler(KEP_IO_FAILED, nullptr), 0u);
-}
 
-TEST(FileLayerPaths, FileTimesGoThroughTheCalendarLayer) {
-  TempDir dir;
-  std::string path = dir.file("timed");
-  writeFile(path, "t");
+  // File times go through the calendar layer: with a zone, the time read is the
+  // file time taken as a local time there.
   unsigned long const stamp = 1000000000;
   ASSERT_EQ(_KepIOSetFileGMTVAL(path.c_str(), nullptr, stamp), 0u);
   EXPECT_EQ(iotest::mtimeOf(path), static_cast<long>(stamp));
-  unsigned long value = 0;
   EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), nullptr, &value), 0u);
   EXPECT_EQ(value, stamp);
-
-  // With a zone, the time read is the file time taken as a local time there.
   void* zone = nullptr;
   ASSERT_EQ(_KepDateCreateTZ(0, 2, 2, 0, 1, 9, 3600, 3600, 0, &zone), 0u);
   _KepDateTime date;
   _KepDateSecs2Date(stamp, &date, nullptr);
   unsigned long expected = 0;
   _KepDateDate2Secs(&date, &expected, zone);
+  EXPECT_NE(expected, stamp);
   EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), zone, &value), 0u);
   EXPECT_EQ(value, expected);
-  EXPECT_NE(value, stamp);
   EXPECT_EQ(_KepIOSetFileGMTVAL(path.c_str(), zone, stamp), 0u);
   EXPECT_EQ(iotest::mtimeOf(path), static_cast<long>(expected)) << "set converts the same way";
   _KepMMTestFree(zone);
-  EXPECT_EQ(_KepIOGetFileGMTVAL(dir.file("none").c_str(), nullptr, &value), KEP_IO_NOT_FOUND);
+
+  EXPECT_EQ(_KepIODelete(path.c_str()), 0u);
+  EXPECT_EQ(_KepIOExist(path.c_str()), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIODelete(path.c_str()), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOGetAttribute(path.c_str(), &value), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), nullptr, &value), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOMapErrno(0x11), KEP_IO_SHARING);  // "already present"
 }
 
 TEST(FileLayerLocks, RecordLocksHoldAgainstAnotherProcessAndTimeOut) {
   TempDir dir;
-  std::string path = dir.file("locked");
-  writeFile(path, "0123456789");
+  std::string path = fileWith(dir, "locked", "0123456789");
   int toParent[2];
   int toChild[2];
   ASSERT_EQ(pipe(toParent), 0);
@@ -338,14 +304,12 @@ TEST(FileLayerLocks, RecordLocksHoldAgainstAnotherProcessAndTimeOut) {
 
 TEST(FileLayerHygiene, ThousandsOfOpenCloseCyclesLeakNoDescriptor) {
   TempDir dir;
-  std::string path = dir.file("cycled");
-  writeFile(path, "some bytes");
+  std::string path = fileWith(dir, "cycled", "some bytes");
   std::string missing = dir.file("missing");
   int before = iotest::openDescriptors();
   char buffer[16];
   for (int i = 0; i < 3000; ++i) {
-    _Io_File file;
-    ASSERT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ, &file, 1), 0u);
+    _Io_File file = openOk(path, KEP_IO_READ);
     uint16_t count = 0;
     _KepIORead(&file, KEP_IO_CURRENT, sizeof buffer, buffer, &count);
     _Io_File refused;

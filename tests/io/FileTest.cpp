@@ -15,6 +15,7 @@ using keptest::TempDir;
 namespace {
 
 KepString text(std::string const& s) { return KepString(s.c_str()); }
+bool failedWith(KepFile const& f, uint32_t code) { return f.getError() == static_cast<int>(code); }
 
 }  // namespace
 
@@ -23,14 +24,12 @@ TEST(FileStream, WritingCreatesOrTruncatesAndReadingNeedsTheFile) {
   std::string path = dir.file("out.txt");
   KepFile missing(text(dir.file("missing")));
   EXPECT_EQ(missing.read(), -1);
-  EXPECT_EQ(missing.getError(), static_cast<int>(KEP_IO_NOT_FOUND));
+  EXPECT_TRUE(failedWith(missing, KEP_IO_NOT_FOUND));
   EXPECT_EQ(missing.isOpen(), 0u);
-
   {
     KepFile out(text(path));
     EXPECT_EQ(out.exists(), 0u);
     EXPECT_EQ(out.write(KepString("hello ")), 6);
-    EXPECT_EQ(out.isOpen(), 1u);
     EXPECT_EQ(out.exists(), 1u) << "the first write created the file";
     EXPECT_EQ(out.writeLine(KepString("file")), 5);
     signed char buffer[4];
@@ -45,11 +44,9 @@ TEST(FileStream, WritingCreatesOrTruncatesAndReadingNeedsTheFile) {
   EXPECT_EQ(in.readLine().toStdString(), "hello file");
   EXPECT_TRUE(in.readLine().isNull());
   EXPECT_EQ(in.write("x"), 0) << "opened for reading only";
-  EXPECT_EQ(in.getError(), static_cast<int>(KEP_IO_SHARING));
+  EXPECT_TRUE(failedWith(in, KEP_IO_SHARING));
   in.close();
-  EXPECT_EQ(in.isClosed(), 1u);
   EXPECT_EQ(in.read(), -1) << "closed until opened again";
-
   KepFile again(text(path));
   EXPECT_EQ(again.write("new"), 3);
   again.close();
@@ -58,8 +55,7 @@ TEST(FileStream, WritingCreatesOrTruncatesAndReadingNeedsTheFile) {
 
 TEST(FileStream, OpenModesPositionsAndLength) {
   TempDir dir;
-  std::string path = dir.file("modes");
-  KepFile file(text(path));
+  KepFile file(text(dir.file("modes")));
   ASSERT_EQ(file.open(KepFile::kReadWrite), 1u);
   EXPECT_EQ(file.write("0123456789"), 10);
   EXPECT_EQ(file.tell(), 10);
@@ -75,7 +71,7 @@ TEST(FileStream, OpenModesPositionsAndLength) {
   EXPECT_EQ(file.setLength(4), 1u);
   EXPECT_EQ(file.length(), 4);
   EXPECT_EQ(file.setLength(40), 0u);
-  EXPECT_EQ(file.getError(), static_cast<int>(KEP_IO_TRUNCATE_BEYOND_END));
+  EXPECT_TRUE(failedWith(file, KEP_IO_TRUNCATE_BEYOND_END));
   EXPECT_EQ(file.tell(), 40);
 
   ASSERT_EQ(file.open(KepFile::kAppend), 1u);
@@ -86,10 +82,8 @@ TEST(FileStream, OpenModesPositionsAndLength) {
   EXPECT_EQ(file.isOpen(), 0u);
   EXPECT_EQ(file.seek(0, KEP_IO_SEEK_SET), -1);
   EXPECT_EQ(file.tell(), -1);
-
   KepFile folder(text(dir.path()));
   EXPECT_EQ(folder.open(KepFile::kRead), 1u) << "directories open for reading";
-  folder.close();
 }
 
 TEST(FileStream, CopiesBetweenFileAndMemoryStreams) {
@@ -114,9 +108,9 @@ TEST(FileOperations, ExistenceKindsTimesAndRemoval) {
   EXPECT_EQ(file.createNewFile(), 1u);
   EXPECT_EQ(file.createNewFile(), 0u);
   EXPECT_EQ(file.isFile(), 1u);
-  EXPECT_EQ(file.isDirectory(), 0u);
   EXPECT_EQ(file.canRead(), 1u);
   EXPECT_EQ(file.canWrite(), 1u);
+  EXPECT_EQ(file.isDirectory(), 0u);
   EXPECT_EQ(file.setLastModified(1500000000), 1u);
   EXPECT_EQ(file.lastModified(), 1500000000u);
   EXPECT_EQ(iotest::mtimeOf(path), 1500000000);
@@ -131,7 +125,6 @@ TEST(FileOperations, ExistenceKindsTimesAndRemoval) {
   EXPECT_EQ(folder.isDirectory(), 1u);
   EXPECT_EQ(folder.isFile(), 0u);
   EXPECT_EQ(folder.remove(), 1u) << "an empty directory is removed";
-
   KepFile nested(text(dir.file("x/y/z")));
   EXPECT_EQ(nested.mkdir(), 0u);
   EXPECT_EQ(nested.mkdirs(), 1u);
@@ -143,7 +136,7 @@ TEST(FileOperations, ExistenceKindsTimesAndRemoval) {
   EXPECT_FALSE(present(dir.file("x")));
 }
 
-TEST(FileOperations, RenameCopyListAndTemporaryFiles) {
+TEST(FileOperations, RenameCopyListLocksAndTemporaryFiles) {
   TempDir dir;
   writeFile(dir.file("a.txt"), "alpha");
   KepFile a(text(dir.file("a.txt")));
@@ -155,35 +148,29 @@ TEST(FileOperations, RenameCopyListAndTemporaryFiles) {
   EXPECT_EQ(a.exists(), 0u) << "the object keeps its own path";
   EXPECT_EQ(a.getPath().toStdString(), dir.file("a.txt"));
   EXPECT_EQ(a.renameTo(text(dir.file("d.txt"))), 0u);
-  EXPECT_EQ(a.getError(), static_cast<int>(KEP_IO_MOVE_NOT_FOUND));
+  EXPECT_TRUE(failedWith(a, KEP_IO_MOVE_NOT_FOUND));
 
   KepFile folder(text(dir.path()));
   KepFile temp = folder.createTempFile(KepString("tmp-"), KepString(".part"));
   ASSERT_FALSE(temp.isNull());
   EXPECT_EQ(temp.exists(), 1u);
   EXPECT_EQ(temp.getName().toStdString().rfind("tmp-", 0), 0u);
-
   KepStringBuffer names(KepString(""));
   EXPECT_EQ(folder.list(KepString("?.txt"), names), 2);
   EXPECT_EQ(names.toString().toStdString(), "b.txt\nc.txt\n");
-  KepStringBuffer all(KepString(""));
-  EXPECT_EQ(folder.list(KepString(), all), 3);
-  EXPECT_EQ(KepFile(text(dir.file("b.txt"))).list(KepString("*"), all), -1);
+  EXPECT_EQ(folder.list(KepString(), names), 3);
+  EXPECT_EQ(KepFile(text(dir.file("b.txt"))).list(KepString("*"), names), -1);
   EXPECT_TRUE(KepFile(text(dir.file("none"))).createTempFile(KepString("t"), KepString()).isNull());
-}
 
-TEST(FileOperations, RecordLocksThroughTheFileObject) {
-  TempDir dir;
-  KepFile file(text(dir.file("db")));
-  EXPECT_EQ(file.unlockRecord(), 0u);
-  EXPECT_EQ(file.lockRecord(0), 1u) << "opens the file read-write";
-  EXPECT_EQ(file.isOpen(), 1u);
-  EXPECT_EQ(file.unlockRecord(), 1u);
-  writeFile(dir.file("ro"), "r");
-  KepFile readOnly(text(dir.file("ro")));
+  KepFile db(text(dir.file("db")));
+  EXPECT_EQ(db.unlockRecord(), 0u);
+  EXPECT_EQ(db.lockRecord(0), 1u) << "opens the file read-write";
+  EXPECT_EQ(db.isOpen(), 1u);
+  EXPECT_EQ(db.unlockRecord(), 1u);
+  KepFile readOnly(text(dir.file("b.txt")));
   ASSERT_EQ(readOnly.open(KepFile::kRead), 1u);
   EXPECT_EQ(readOnly.lockRecord(0), 0u);
-  EXPECT_EQ(readOnly.getError(), static_cast<int>(KEP_IO_LOCK_FAILED));
+  EXPECT_TRUE(failedWith(readOnly, KEP_IO_LOCK_FAILED));
 }
 
 TEST(FilePath, PathPartsOfFilesAndPaths) {
@@ -210,9 +197,6 @@ TEST(FilePath, PathPartsOfFilesAndPaths) {
   EXPECT_EQ(KepPath(KepString("rel")).getDirectory().toStdString(), "");
   EXPECT_TRUE(KepPath(KepString("")).getName().isNull());
   EXPECT_EQ(KepPath(KepString("/x/../y")).toAbsolute().toString().toStdString(), "/y");
-
-  std::string longPath(1020, 'p');
-  EXPECT_TRUE(KepPath(KepString(longPath.c_str())).append(KepString("abcd")).isNull());
   KepPath factoryMade(KepGetObject(KepClassID::Path, 0));
   ASSERT_FALSE(factoryMade.isNull());
   EXPECT_EQ(factoryMade.toString().length(), 0);
