@@ -106,6 +106,10 @@ uint32_t openRecord(char const* path, unsigned long flags, _Io_File* file, unsig
   bool makeDirectories = (flags & KEP_IO_CREATE_DIRECTORIES) != 0;
   flags &= ~KEP_IO_CREATE_DIRECTORIES;
   unsigned exclusive = (flags & KEP_IO_EXCLUSIVE) != 0 ? 1 : 0;
+  // A locking open truncates only once its record lock is held, so an open that
+  // is refused the lock leaves another holder's contents alone.
+  bool truncateWhenLocked = lockMode != 0 && (flags & KEP_IO_TRUNCATE) != 0;
+  if (truncateWhenLocked) flags &= ~KEP_IO_TRUNCATE;
 
   uint32_t rc = 0;
   int fd = -1;
@@ -124,6 +128,12 @@ uint32_t openRecord(char const* path, unsigned long flags, _Io_File* file, unsig
   }
   if (fd >= 0 && lockMode != 0 && recordLock(fd, lockMode == 1 ? F_RDLCK : F_WRLCK, 1) != 0) {
     rc = errno == EBADF ? KEP_IO_LOCK_FAILED : lastError();
+    close(fd);
+    __KepIOTableRelease(copy);
+    fd = -1;
+  }
+  if (fd >= 0 && truncateWhenLocked && ftruncate(fd, 0) != 0) {
+    rc = lastError();
     close(fd);
     __KepIOTableRelease(copy);
     fd = -1;

@@ -102,6 +102,7 @@ TEST(FileLayerOpen, CreatingOpensTruncateAndCreateOnlyOnRequest) {
       << "write-only plus read-write is access mode 3: no lock can be taken";
   EXPECT_EQ(file.fd, -1);
   EXPECT_EQ(_KepIOOpenCount(existing.c_str()), 0u);
+  EXPECT_EQ(readFile(existing), "new") << "a refused creating open truncates nothing";
   writeFile(existing, "kept");
   ASSERT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_EXCLUSIVE, 0644, &file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
