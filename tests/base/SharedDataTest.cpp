@@ -12,6 +12,15 @@
 
 namespace {
 
+std::atomic<int> gDestroyed{0};
+std::atomic<uint64_t> gDestroyedValue{0};
+std::atomic<uint64_t> gDestroyedOn{0};
+void countDestroy(void* p) {
+  ++gDestroyed;
+  gDestroyedValue = reinterpret_cast<uintptr_t>(p);
+  gDestroyedOn = _KepThrdId();
+}
+
 // Keeps the store created for one test.
 class SharedData : public ::testing::Test {
  protected:
@@ -48,29 +57,30 @@ TEST(SharedDataLifecycle, ReadsBeforeInitAnswerZeroAndTwoInitsNeedTwoDestroys) {
   KepRSharedData::destroy();
 }
 
-TEST_F(SharedData, ScopesAnswerAsTheirTableSays) {
+TEST_F(SharedData, ScopesAndNumbersOutsideTheirTablesAreRefused) {
   EXPECT_EQ(KepRSharedData::lock(KEP_SCOPE_NONE, 2), 0);
-  EXPECT_EQ(KepRSharedData::lock(KEP_SCOPE_THREAD, 2), 1);
   KepRSharedData::set(KEP_SCOPE_NONE, 3, 9);
   EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_NONE, 3), 0u);
   EXPECT_EQ(KepRSharedData::alloc(KEP_SCOPE_THREAD, 16), nullptr);
   void* p = KepRSharedData::alloc(KEP_SCOPE_PROCESS, 24);
   ASSERT_NE(p, nullptr);
   KepRSharedData::free(KEP_SCOPE_PROCESS, p);
-  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_PROCESS, 1), nullptr);
-  EXPECT_EQ(KepRSharedData::getIterator(KEP_SCOPE_PROCESS, 1), nullptr);
-}
-
-TEST_F(SharedData, OutOfRangeNumbersAreRefused) {
-  KepRSharedData::set(KEP_SCOPE_PROCESS, 70, 1);
-  KepRSharedData::set(KEP_SCOPE_PROCESS, -1, 1);
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, 70), 0u);
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, -1), 0u);
+  for (int slot : {70, -1}) {
+    KepRSharedData::set(KEP_SCOPE_PROCESS, slot, 1);
+    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, slot), 0u) << slot;
+  }
   EXPECT_EQ(KepRSharedData::lock(KEP_SCOPE_PROCESS, 29), 1);
   KepRSharedData::unlock(KEP_SCOPE_PROCESS, 29);
-  KepRSharedData::set(KEP_SCOPE_THREAD, 9, 1);
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 9), 0u);
+  // Before Kep::init there is no thread table: thread words read 0, writes vanish.
+  KepRSharedData::set(KEP_SCOPE_THREAD, 2, 11, countDestroy);
+  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u);
+  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 2), nullptr);
+  KepSharedDataIterator* it = KepRSharedData::getIterator(KEP_SCOPE_THREAD, 2);
+  ASSERT_NE(it, nullptr);
+  EXPECT_FALSE(it->next());
+  KepRSharedData::freeIterator(it);
   EXPECT_EQ(KepRSharedData::getIterator(KEP_SCOPE_THREAD, 9), nullptr);
+  EXPECT_EQ(_KepThreadTableCount(), 0);
 }
 
 TEST_F(SharedData, LockThreeNeverBlocksAndNumberedLocksAreRecursive) {
@@ -137,13 +147,6 @@ TEST_F(SharedData, FullUserDataTableRefusesNewKeysWithoutHarm) {
 }
 
 namespace {
-std::atomic<int> gDestroyed{0};
-std::atomic<uint64_t> gDestroyedValue{0};
-void countDestroy(void* p) {
-  ++gDestroyed;
-  gDestroyedValue = reinterpret_cast<uintptr_t>(p);
-}
-
 // Thread words live in the thread table, which Kep::init sets up.
 class ThreadWords : public ::testing::Test {
  protected:
@@ -154,37 +157,24 @@ class ThreadWords : public ::testing::Test {
 };
 }  // namespace
 
-TEST_F(SharedData, ThreadWordsBeforeTheThreadTableExistsAnswerZeroAndIgnoreWrites) {
-  KepRSharedData::set(KEP_SCOPE_THREAD, 2, 11, countDestroy);
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u);
-  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 2), nullptr);
-  KepSharedDataIterator* it = KepRSharedData::getIterator(KEP_SCOPE_THREAD, 2);
-  ASSERT_NE(it, nullptr);
-  EXPECT_FALSE(it->next());
-  KepRSharedData::freeIterator(it);
-  EXPECT_EQ(_KepThreadTableCount(), 0);
-}
-
-TEST_F(ThreadWords, AreIndependentAndTheirDestroyFunctionsRunAtThreadEnd) {
+TEST_F(ThreadWords, AreIndependentAndTheirDestroyFunctionsRunOnTheEndingThread) {
   gDestroyed = 0;
   KepRSharedData::set(KEP_SCOPE_THREAD, 2, 11);
-  std::thread([] {
+  std::atomic<uint64_t> id{0};
+  std::thread([&] {
+    id = _KepThrdId();
     EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u) << "a new thread's words are 0";
     KepRSharedData::set(KEP_SCOPE_THREAD, 2, 77, countDestroy);
     KepRSharedData::set(KEP_SCOPE_THREAD, 3, 88, countDestroy);
     KepRSharedData::set(KEP_SCOPE_THREAD, 3, 89);  // clears word 3's function
-    EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 2), &countDestroy);
     EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 3), nullptr);
     EXPECT_EQ(_KepThreadTableCount(), 2);
   }).join();
   EXPECT_EQ(gDestroyed.load(), 1);
   EXPECT_EQ(gDestroyedValue.load(), 77u);
+  EXPECT_EQ(gDestroyedOn.load(), id.load()) << "run by the thread itself, at its end";
   EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 11u);
   KepRSharedData::set(KEP_SCOPE_THREAD, 2, 0);
-  KepRSharedData::set(KEP_SCOPE_THREAD, 9, 5, countDestroy);  // out of range: ignored
-  KepRSharedData::set(KEP_SCOPE_THREAD, -1, 5);
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 9), 0u);
-  EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, -1), nullptr);
 }
 
 TEST_F(ThreadWords, IteratorVisitsTheWordOfEveryRegisteredThreadAndWritesIt) {
