@@ -109,19 +109,6 @@ TEST_F(Factory, FirstPrototypeWinsAndTheRejectedHolderIsFreed) {
   EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
 }
 
-TEST_F(Factory, ReRegisteringTheSameHolderChangesNothing) {
-  auto* holder = KepObject::newObject();
-  KepFactory::registerInternalClass(kClassA, holder, new CountedBody);
-  KepRObject* prototype = holder->getRealKepObj();
-  KepObject other(new OtherBodyA);
-  KepFactory::registerClass(holder, &other);  // holder is kClassA's already
-  KepFactory::registerInternalClass(kAnnounced, holder, new OtherBody);  // nor for another class
-  EXPECT_EQ(holder->getRealKepObj(), prototype);
-  EXPECT_EQ(other.getRealKepObj()->getRefCount(), 1);
-  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull());
-  EXPECT_EQ(CountedBody::live.load(), 2) << "the prototype and `other`: the rest was deleted";
-}
-
 TEST(FactoryFallback, UnknownIdsGiveNullAndTheRootIdAPlainObjectWithOrWithoutInit) {
   for (bool up : {false, true}) {
     if (up) Kep::init(0);

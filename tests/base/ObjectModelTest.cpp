@@ -139,15 +139,6 @@ TEST(ObjectModel, RootBehaviours) {
   EXPECT_FALSE(KEP_IS_REAL_OBJ(static_cast<void const*>(&o)));
 }
 
-TEST_F(WithCountedClass, FactoryClonesThePrototypeAndChildrenInheritTheService) {
-  KepObject o = KepGetObject(kCountedClassId, 7, 99);
-  ASSERT_FALSE(o.isNull());
-  EXPECT_EQ(CountedBody::live.load(), baseline_ + 1);
-  EXPECT_EQ(o.getService(), 99);
-  KepObject child = o.getObject(kCountedClassId);
-  EXPECT_EQ(child.getService(), 99);
-}
-
 TEST_F(WithCountedClass, OuterObjectReceivesCallsMadeThroughHandles) {
   auto* outer = new Outer;
   KepRObject* body = outer->getRealKepObj();
@@ -178,19 +169,4 @@ TEST_F(WithCountedClass, OuterObjectOutlivesItsHandlesWhileItsBodyIsShared) {
   direct = KepObject();  // the body's last other reference: outer object, then body
   EXPECT_EQ(Outer::live, 0);
   EXPECT_EQ(CountedBody::live.load(), baseline_);
-}
-
-TEST(ObjectModel, DebuggerCountsHandlesAndBodiesWhenDiagnosticsAreOn) {
-  KepDebugger::resetCounts();
-  gDiagKep.store(1);
-  {
-    KepObject a(new KepRObject);
-    KepObject b(a);
-    KepString s;
-    EXPECT_EQ(KepDebugger::liveObjects(), 1);
-    EXPECT_EQ(KepDebugger::liveBridges(), 3);
-  }
-  EXPECT_EQ(KepDebugger::liveObjects(), 0);
-  EXPECT_EQ(KepDebugger::liveBridges(), 0);
-  gDiagKep.store(0);
 }

@@ -34,20 +34,6 @@ class StartupOptions : public ::testing::Test {
   int processes_ = -1;
 };
 
-TEST_F(StartupOptions, PathComesFromTheEnvironmentOrTheCurrentDirectory) {
-  char buffer[2048];
-  ASSERT_TRUE(_KepGetStartupConfigPath(nullptr, buffer, sizeof buffer));
-  EXPECT_EQ(std::string(buffer), path_);
-  {
-    keptest::ScopedEnv empty(KEP_STARTUP_OPTIONS_VARIABLE, "");
-    ASSERT_TRUE(_KepGetStartupConfigPath("ignored.xml", buffer, sizeof buffer));
-    EXPECT_STREQ(buffer, "kepstartup.xml");
-  }
-  char tiny[8] = "xxxxxxx";
-  EXPECT_FALSE(_KepGetStartupConfigPath(nullptr, tiny, sizeof tiny));
-  EXPECT_STREQ(tiny, "") << "a path that does not fit leaves an empty buffer";
-}
-
 TEST_F(StartupOptions, WithoutAFileTheLogWordIsKepInitsSecondArgumentAndZeroMeans130) {
   gDiagKep.store(1);
   gKepDebuggerOptions.store(1);
@@ -123,18 +109,6 @@ TEST_F(StartupOptions, DiagnosticsWordsAreSubstringTestsInTheirPlaceOnly) {
   EXPECT_EQ(_gKepDiagQBAlloc.load(), 0u);
   EXPECT_EQ(gKepDebuggerOptions.load(), 0u);
   EXPECT_EQ(processes_, 0);
-}
-
-TEST_F(StartupOptions, ExternalAllocatorNamesKeepTheLastPieceOfText) {
-  read(
-      memoryManager("<Allocator><External><ModuleName>libpool.so</ModuleName>"
-                    "<InitializeFunctionName>pool&amp;init</InitializeFunctionName>"
-                    "</External></Allocator>"));
-  _KepStartupAllocator a{};
-  _KepGetStartupAllocator(a);
-  EXPECT_STREQ(a.kind, "External");
-  EXPECT_STREQ(a.moduleName, "libpool.so");
-  EXPECT_STREQ(a.initializeFunctionName, "init") << "the entity splits the text in pieces";
 }
 
 TEST_F(StartupOptions, LargeFilesAreReadWholeButLongWordListsAndTextsAreCut) {

@@ -69,14 +69,6 @@ TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
   Kep::destroy();
 }
 
-TEST_F(StartupShutdown, FlatEntryPointsForwardToKep) {
-  KepInit(0, 0, nullptr);
-  EXPECT_EQ(Kep::initCount(), 1);
-  EXPECT_EQ(gKepLogOptions.load(), 130u);
-  KepDestroy();
-  EXPECT_EQ(Kep::initCount(), 0);
-}
-
 TEST_F(StartupShutdown, EveryObjectStartUpMadeIsGoneAfterTheLastDestroy) {
   // The thread table's storage (with a null handle per slot) is made once per
   // process and kept: make it before counting.
