@@ -271,22 +271,6 @@ TEST_F(Threads, RegistrationProbesFromTheSignExtendedHomeAndWrapsOnce) {
   EXPECT_EQ(_KepThreadTableCount(), 0);
 }
 
-TEST_F(Threads, AFullTableGivesNewThreadsNoObjectAndNoWords) {
-  std::vector<KepThread> fillers;
-  for (int i = 1; i <= KEP_THREAD_TABLE_SLOTS; ++i) {
-    fillers.emplace_back(new FixedIdThread(i));
-    KepProcess::_addThreadToArray(fillers.back());
-  }
-  ASSERT_EQ(_KepThreadTableCount(), KEP_THREAD_TABLE_SLOTS);
-  std::thread([] {
-    EXPECT_EQ(KepProcess::getCurrThread(), nullptr);
-    KepRSharedData::set(KEP_SCOPE_THREAD, 0, 5);
-    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 0), 0u);
-  }).join();
-  for (KepThread& t : fillers) KepProcess::_removeThreadFromArray(t);
-  EXPECT_EQ(_KepThreadTableCount(), 0);
-}
-
 TEST(ThreadShutdown, DestroyFunctionsOfTheCallerRunAtShutdownAndOfOthersAtTheirEnd) {
   Kep::init(0, KepLogger::kConsole);
   gWordsDestroyed = 0;
