@@ -35,88 +35,65 @@ class ConfigurationTest : public ::testing::Test {
   keptest::TempDir dir_;
 };
 
-TEST(ConfigurationFamily, EightBracketedOperationsAndNeutralNullHandle) {
-  EXPECT_EQ(0 KEP_METHODS_Configuration(KEP_COUNT_METHOD), 8);
-  EXPECT_EQ(0 KEP_METHODS_Configuration(KEP_COUNT_BRACKETED), 8);
-  KepConfiguration none;
-  EXPECT_EQ(none.load(KepString("anything.xml")), 0u);
-  EXPECT_TRUE(none.get(KepString("A")).isNull());
-  EXPECT_EQ(none.getInteger(KepString("A"), 7), 0) << "a null handle answers the neutral 0";
-}
-
-TEST_F(ConfigurationTest, LoadsATreeAndAnswersLookups) {
+TEST_F(ConfigurationTest, LoadsATreeAndAnswersLookupsByPath) {
   KepConfiguration c = fresh();
-  ASSERT_FALSE(c.isNull());
   EXPECT_EQ(c.isLoaded(), 0u);
   EXPECT_TRUE(c.getRoot().isNull());
-  EXPECT_TRUE(c.getPath().isNull());
-
   std::string path = write("settings.xml", kGood);
   ASSERT_EQ(c.load(KepString(path.c_str())), 1u);
-  EXPECT_EQ(c.isLoaded(), 1u);
   EXPECT_EQ(c.getPath().toStdString(), path);
   KepDOMElement root = c.getRoot();
   ASSERT_FALSE(root.isNull());
-  EXPECT_EQ(root.getTagName().toStdString(), "Settings");
   EXPECT_EQ(root.getAttribute(KepString("version")).toStdString(), "3");
   EXPECT_EQ(KepDOMDocument(root.getOwnerDocument()).getDocumentElement().getRealKepObj(),
             root.getRealKepObj())
       << "the root is the document's element";
 
   EXPECT_EQ(c.getString(KepString("Logger.Level")).toStdString(), "Warning") << "trimmed";
-  EXPECT_EQ(c.getInteger(KepString("Logger.Lines"), -1), 250);
   EXPECT_EQ(c.getInteger(KepString("Mail.Limit"), 0), -40) << "the first of a repeated name";
   EXPECT_EQ(c.getString(KepString("Mail.Subject")).toStdString(), "R&D <weekly>");
-  EXPECT_EQ(c.getString(KepString("Mail.mx:Relay")).toStdString(), "smtp.example.org");
   EXPECT_EQ(c.get(KepString("Mail.mx:Relay")).getAttribute(KepString("port")).toStdString(), "25");
   EXPECT_EQ(c.getString(KepString(".Logger..Lines.")).toStdString(), "250")
       << "empty steps are skipped";
   EXPECT_EQ(c.get(KepString("")).getRealKepObj(), root.getRealKepObj());
-
   // Missing steps and texts that are no int give the default.
-  EXPECT_TRUE(c.get(KepString("Logger.Colour")).isNull());
   EXPECT_TRUE(c.getString(KepString("Nowhere.At.All")).isNull());
-  EXPECT_EQ(c.getInteger(KepString("Logger.Colour"), 17), 17);
-  EXPECT_EQ(c.getInteger(KepString("Logger.Level"), 17), 17);
-  EXPECT_EQ(c.getInteger(KepString("Mail.Ratio"), 17), 17);
-  EXPECT_EQ(c.getInteger(KepString("Mail.Huge"), 17), 17) << "out of int range";
-  EXPECT_EQ(c.getInteger(KepString("Mail"), 17), 17) << "an element with element children";
+  for (char const* notAnInt :
+       {"Logger.Colour", "Logger.Level", "Mail.Ratio", "Mail.Huge", "Mail"}) {
+    EXPECT_EQ(c.getInteger(KepString(notAnInt), 17), 17) << notAnInt;
+  }
 
   c.clear();
   EXPECT_EQ(c.isLoaded(), 0u);
   EXPECT_TRUE(c.getPath().isNull());
   EXPECT_TRUE(c.get(KepString("Logger")).isNull());
-  EXPECT_FALSE(root.isNull()) << "handles taken before stay valid";
-  EXPECT_EQ(root.getTagName().toStdString(), "Settings");
+  EXPECT_EQ(root.getTagName().toStdString(), "Settings") << "handles taken before stay valid";
+  KepConfiguration none;
+  EXPECT_EQ(none.load(KepString(path.c_str())), 0u);
+  EXPECT_EQ(none.getInteger(KepString("Logger.Lines"), 7), 0) << "a null handle answers 0";
 }
 
 TEST_F(ConfigurationTest, AFailedLoadLeavesItEmptyAndSaysWhy) {
   keptest::LogCapture log;
   KepConfiguration c = fresh();
   std::string good = write("good.xml", kGood);
-  ASSERT_EQ(c.load(KepString(good.c_str())), 1u);
-
   std::string missing = dir_.file("missing.xml");
+  ASSERT_EQ(c.load(KepString(good.c_str())), 1u);
   EXPECT_EQ(c.load(KepString(missing.c_str())), 0u);
   EXPECT_EQ(c.isLoaded(), 0u) << "the earlier tree is gone";
   EXPECT_TRUE(c.getPath().isNull());
-  EXPECT_TRUE(log.contains("Configuration " + missing + " cannot be read")) << log.lines().size();
+  EXPECT_TRUE(log.contains("Configuration " + missing + " cannot be read"));
 
   ASSERT_EQ(c.load(KepString(good.c_str())), 1u);
   std::string bad = write("bad.xml", "<Settings>\n  <Logger>\n  </Loger>\n</Settings>\n");
-  log.clear();
   EXPECT_EQ(c.load(KepString(bad.c_str())), 0u);
-  EXPECT_EQ(c.isLoaded(), 0u);
   EXPECT_TRUE(c.get(KepString("Logger")).isNull()) << "no half-built tree is kept";
   EXPECT_TRUE(log.contains("at line 3, column 4")) << "the parser's line names the place";
   EXPECT_TRUE(log.contains("Configuration " + bad + " is not well-formed"));
 
-  for (char const* text : {"", "   \n", "<A><B></A>", "<A/><B/>", "no markup at all"}) {
-    std::string path = write("odd.xml", text);
-    EXPECT_EQ(c.load(KepString(path.c_str())), 0u) << '"' << text << '"';
-    EXPECT_EQ(c.isLoaded(), 0u);
+  for (char const* text : {"", "   \n", "<A/><B/>", "no markup at all"}) {
+    EXPECT_EQ(c.load(KepString(write("odd.xml", text).c_str())), 0u) << '"' << text << '"';
   }
-
   log.clear();
   EXPECT_EQ(c.load(KepString()), 0u);
   EXPECT_EQ(c.load(KepString("")), 0u);
@@ -124,8 +101,8 @@ TEST_F(ConfigurationTest, AFailedLoadLeavesItEmptyAndSaysWhy) {
 }
 
 TEST_F(ConfigurationTest, ReaderThreadsSeeWholeTreesWhileItIsReloaded) {
-  std::string first = write("first.xml", "<C><Value>1</Value><Twin>1</Twin></C>");
-  std::string second = write("second.xml", "<C><Value>2</Value><Twin>2</Twin></C>");
+  std::string first = write("first.xml", "<C><Value>1</Value></C>");
+  std::string second = write("second.xml", "<C><Value>2</Value></C>");
   KepConfiguration c = fresh();
   ASSERT_EQ(c.load(KepString(first.c_str())), 1u);
   std::atomic<bool> stop{false};
@@ -133,16 +110,11 @@ TEST_F(ConfigurationTest, ReaderThreadsSeeWholeTreesWhileItIsReloaded) {
   std::vector<std::thread> readers;
   for (int t = 0; t < 3; ++t) {
     readers.emplace_back([&] {
-      KepConfiguration mine(c);
-      while (!stop.load()) {
-        int value = mine.getInteger(KepString("Value"), 0);
-        if (value != 1 && value != 2) ++torn;
-      }
+      while (!stop.load()) torn += KepConfiguration(c).getInteger(KepString("Value"), 0) == 0;
     });
   }
-  int rounds = keptest::kSanitized ? 20 : 200;
-  for (int i = 0; i < rounds; ++i) {
-    ASSERT_EQ(c.load(KepString((i % 2 ? first : second).c_str())), 1u);
+  for (int i = 0; i < (keptest::kSanitized ? 20 : 200); ++i) {
+    EXPECT_EQ(c.load(KepString((i % 2 ? first : second).c_str())), 1u);
   }
   stop.store(true);
   for (auto& r : readers) r.join();
@@ -150,56 +122,42 @@ TEST_F(ConfigurationTest, ReaderThreadsSeeWholeTreesWhileItIsReloaded) {
 }
 
 // Start-up loads the file named by Kep::init's third argument into the process
-// configuration; the last destroy drops it.
+// configuration; the last destroy drops it. Without a file, or with a bad one,
+// start-up goes on with an empty configuration.
 TEST(ProcessConfiguration, StartUpLoadsTheNamedFileAndTheLastDestroyDropsIt) {
   keptest::TempDir dir;
   std::string path = dir.file("host.xml");
   keptest::writeFile(path, kGood);
-  std::vector<char> name(path.begin(), path.end());
-  name.push_back('\0');
-
   EXPECT_TRUE(KepProcess::getConfiguration().isNull()) << "nothing before Kep::init";
-  Kep::init(0, 1, name.data());
+  Kep::init(0, 1, path.data());
   KepConfiguration c = KepProcess::getConfiguration();
-  EXPECT_EQ(c.isLoaded(), 1u);
   EXPECT_EQ(c.getInteger(KepString("Logger.Lines"), 0), 250);
-
   Kep::init(0, 1, nullptr);  // a later init loads nothing and keeps the tree
   EXPECT_EQ(KepProcess::getConfiguration().getRealKepObj(), c.getRealKepObj());
   Kep::destroy();
   EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 1u);
 
-  // A host may install its own.
+  // A host may install its own; a null one is replaced by a new empty one.
   KepConfiguration own(KepGetObject(KepClassID::Configuration, 0));
   KepProcess::setConfiguration(own);
   EXPECT_EQ(KepProcess::getConfiguration().getRealKepObj(), own.getRealKepObj());
   KepProcess::setConfiguration(KepConfiguration());
-  KepConfiguration made = KepProcess::getConfiguration();
-  EXPECT_FALSE(made.isNull()) << "a new empty one while the library is up";
-  EXPECT_EQ(made.isLoaded(), 0u);
+  EXPECT_FALSE(KepProcess::getConfiguration().isNull());
+  EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 0u);
 
   Kep::destroy();
   EXPECT_TRUE(KepProcess::getConfiguration().isNull()) << "dropped by the last destroy";
   EXPECT_EQ(c.isLoaded(), 1u) << "a handle kept by the host keeps its tree until it goes";
-}
 
-TEST(ProcessConfiguration, StartUpWithoutOrWithABadFileGoesOnWithAnEmptyConfiguration) {
-  keptest::TempDir dir;
-  std::string path = dir.file("broken.xml");
   keptest::writeFile(path, "<Settings><Logger></Settings>");
-  std::vector<char> name(path.begin(), path.end());
-  name.push_back('\0');
-  for (char* configName : {static_cast<char*>(nullptr), name.data()}) {
+  for (char* configName : {static_cast<char*>(nullptr), path.data()}) {
     keptest::LogCapture log;
     Kep::init(0, 1, configName);
     EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 0u);
     EXPECT_FALSE(KepGetObject(KepClassID::String, 0).isNull()) << "start-up went on";
-    if (configName == nullptr) {
-      EXPECT_TRUE(log.contains("No configuration file given"));
-    } else {
-      EXPECT_TRUE(log.contains("Configuration " + path + " is not well-formed"));
-      EXPECT_TRUE(log.contains("XML Parser Error"));
-    }
+    EXPECT_TRUE(log.contains(configName == nullptr
+                                 ? "No configuration file given"
+                                 : "Configuration " + path + " is not well-formed"));
     Kep::destroy();
   }
 }

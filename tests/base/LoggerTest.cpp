@@ -44,10 +44,28 @@ TEST_F(Logger, ConsoleLinesCarryTheProcessIdAndTheLevel) {
                      prefix("FATAL") + "last words\n" + prefix("WARNING") + "\n");
 }
 
-TEST_F(Logger, NoneOrNoOutputBitWritesNothing) {
-  for (unsigned long word : {0ul, 2ul, 6ul, 128ul, 130ul, 16ul | 32ul}) {
+TEST_F(Logger, TheGuiBitFeedsTheHostsLineHandlerAndNoOutputBitWritesNothing) {
+  gKepLogOptions.store(KepLogger::kGUI | KepLogger::kConsole);
+  {
+    keptest::LogCapture capture;
+    CaptureStderr();
+    KepLogger::log(KepLogger::kInfo, "both %s", "ways");
+    EXPECT_EQ(GetCapturedStderr(), prefix("INFO") + "both ways\n");
+    EXPECT_EQ(capture.lines(), std::vector<std::string>{"both ways"});
+    EXPECT_EQ(capture.levels(), std::vector<KepLogger::Level>{KepLogger::kInfo});
+    gKepLogOptions.store(KepLogger::kGUI);
+    std::string longText(10000, 'z');
+    KepLogger::log(KepLogger::kDebug, "%s", longText.c_str());
+    KepLogger::logText(KepLogger::kDebug, longText.c_str());
+    ASSERT_EQ(capture.lines().size(), 3u);
+    EXPECT_EQ(capture.lines()[1], std::string(4095, 'z')) << "long lines are cut";
+    EXPECT_EQ(capture.lines()[2], std::string(4095, 'z'));
+  }
+  // Without a handler the GUI lines go nowhere; without an output bit nothing goes.
+  for (unsigned long word : {1ul, 0ul, 2ul, 6ul, 128ul, 130ul, 16ul | 32ul}) {
     gKepLogOptions.store(word);
     keptest::LogCapture capture;
+    if (word == 1) KepLogger::setLineHandler(nullptr, nullptr);
     CaptureStderr();
     KepLogger::log(KepLogger::kError, "hidden %lu", word);
     EXPECT_EQ(GetCapturedStderr(), "") << word;
@@ -55,69 +73,35 @@ TEST_F(Logger, NoneOrNoOutputBitWritesNothing) {
   }
 }
 
-TEST_F(Logger, TheGuiBitFeedsTheHostsLineHandler) {
-  gKepLogOptions.store(KepLogger::kGUI | KepLogger::kConsole);
-  {
-    keptest::LogCapture capture;
-    CaptureStderr();
-    KepLogger::log(KepLogger::kInfo, "both %s", "ways");
-    std::string out = GetCapturedStderr();
-    EXPECT_EQ(out, prefix("INFO") + "both ways\n");
-    ASSERT_EQ(capture.lines().size(), 1u);
-    EXPECT_EQ(capture.lines()[0], "both ways");
-    EXPECT_EQ(capture.levels()[0], KepLogger::kInfo);
-  }
-  // Without a handler the GUI lines go nowhere.
-  gKepLogOptions.store(KepLogger::kGUI);
-  CaptureStderr();
-  KepLogger::log(KepLogger::kInfo, "dropped");
-  EXPECT_EQ(GetCapturedStderr(), "");
-}
-
-TEST_F(Logger, LongLinesAreCut) {
-  gKepLogOptions.store(KepLogger::kGUI);
-  keptest::LogCapture capture;
-  std::string longText(10000, 'z');
-  KepLogger::log(KepLogger::kDebug, "%s", longText.c_str());
-  KepLogger::logText(KepLogger::kDebug, longText.c_str());
-  std::vector<std::string> lines = capture.lines();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], std::string(4095, 'z'));
-  EXPECT_EQ(lines[1], std::string(4095, 'z'));
-}
-
 // Lines from many threads arrive whole and complete, with and without NoBlock.
-void logFromThreads(unsigned long options) {
-  gKepLogOptions.store(options);
-  constexpr int kThreads = 4;
-  constexpr int kLines = 200;
-  CaptureStderr();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < kLines; ++i) KepLogger::log(KepLogger::kInfo, "thread %d line %d", t, i);
-    });
+TEST_F(Logger, ConcurrentLinesAreWholeAndKeepEachThreadsOrder) {
+  for (unsigned long options : {KepLogger::kConsole, KepLogger::kConsole | KepLogger::kNoBlock}) {
+    gKepLogOptions.store(options);
+    constexpr int kThreads = 4;
+    constexpr int kLines = 200;
+    CaptureStderr();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+      threads.emplace_back([t] {
+        for (int i = 0; i < kLines; ++i)
+          KepLogger::log(KepLogger::kInfo, "thread %d line %d", t, i);
+      });
+    }
+    for (std::thread& t : threads) t.join();
+    KepLogger::notifyKepDestroy();  // writes whatever is still queued
+    std::vector<std::string> lines = splitLines(GetCapturedStderr());
+    ASSERT_EQ(lines.size(), static_cast<size_t>(kThreads * kLines)) << options;
+    std::vector<int> next(kThreads, 0);
+    std::string const start = prefix("INFO") + "thread ";
+    for (std::string const& line : lines) {
+      int t = -1;
+      int i = -1;
+      ASSERT_EQ(line.compare(0, start.size(), start), 0) << line;
+      ASSERT_EQ(std::sscanf(line.c_str() + start.size(), "%d line %d", &t, &i), 2) << line;
+      ASSERT_TRUE(t >= 0 && t < kThreads) << line;
+      EXPECT_EQ(i, next[t]++) << "a thread's lines keep their order";
+    }
   }
-  for (std::thread& t : threads) t.join();
-  KepLogger::notifyKepDestroy();  // writes whatever is still queued
-  std::vector<std::string> lines = splitLines(GetCapturedStderr());
-  ASSERT_EQ(lines.size(), static_cast<size_t>(kThreads * kLines)) << options;
-  std::vector<int> next(kThreads, 0);
-  for (std::string const& line : lines) {
-    int t = -1;
-    int i = -1;
-    std::string expectedStart = prefix("INFO") + "thread ";
-    ASSERT_EQ(line.compare(0, expectedStart.size(), expectedStart), 0) << line;
-    ASSERT_EQ(std::sscanf(line.c_str() + expectedStart.size(), "%d line %d", &t, &i), 2) << line;
-    ASSERT_TRUE(t >= 0 && t < kThreads) << line;
-    EXPECT_EQ(i, next[t]++) << "a thread's lines keep their order";
-  }
-}
-
-TEST_F(Logger, ConcurrentConsoleLinesAreWhole) { logFromThreads(KepLogger::kConsole); }
-
-TEST_F(Logger, ConcurrentNoBlockLinesAreWhole) {
-  logFromThreads(KepLogger::kConsole | KepLogger::kNoBlock);
 }
 
 }  // namespace

@@ -12,14 +12,7 @@ std::string textOf(KepStringBuffer const& b) { return b.toString().toStdString()
 
 }  // namespace
 
-TEST(StringBuffer, FamilySizes) {
-  EXPECT_EQ(0 KEP_METHODS_StringBuffer(KEP_COUNT_METHOD), 21);
-  EXPECT_EQ(0 KEP_METHODS_StringBuffer(KEP_COUNT_BRACKETED), 7);
-  EXPECT_EQ(0 KEP_METHODS_ByteArray(KEP_COUNT_METHOD), 3);
-  EXPECT_EQ(0 KEP_METHODS_ByteArray(KEP_COUNT_BRACKETED), 3);
-}
-
-TEST(StringBuffer, AppendsChainOnTheSameBody) {
+TEST(StringBuffer, AppendsChainOnTheSameBodyAndWidenBytesUnsigned) {
   KepStringBuffer b("n=");
   KepStringBuffer chained = b.append(-42)
                                 .append(static_cast<unsigned short>(','))
@@ -34,18 +27,17 @@ TEST(StringBuffer, AppendsChainOnTheSameBody) {
   b.append(units).append(units, 1, 1);
   KepString all = b.toString();
   EXPECT_EQ(all.length(), 17 + 3 + 1 + 1 + 2 + 1);
-  EXPECT_EQ(all.charAt(19), 0xE9) << "bytes are widened unsigned";
+  EXPECT_EQ(all.charAt(19), 0xE9);
   EXPECT_EQ(all.charAt(22), 0x263A);
-  EXPECT_EQ(b.charAt(b.length()), 0xFFFF);
-
   b.append(KepString()).append(static_cast<signed char const*>(nullptr));
   EXPECT_EQ(b.length(), all.length()) << "null arguments append nothing";
 }
 
-TEST(StringBuffer, GrowthDoublesAndNeverWritesPastTheArray) {
+TEST(StringBuffer, GrowthKeepsEveryUnitAndTheZeroBehindThem) {
+  KepStringBuffer null;
+  EXPECT_TRUE(null.append(KepString("x")).isNull()) << "a null handle answers neutrally";
+  EXPECT_TRUE(null.toString().isNull());
   KepStringBuffer b(static_cast<char const*>(nullptr));
-  EXPECT_EQ(b.length(), 0);
-  EXPECT_EQ(b.toString().length(), 0);
   EXPECT_FALSE(b.toString().isNull());
   std::string expected;
   for (int i = 0; i < 2000; ++i) {
@@ -58,40 +50,32 @@ TEST(StringBuffer, GrowthDoublesAndNeverWritesPastTheArray) {
   EXPECT_EQ(body->units()[b.length()], 0) << "the zero unit follows the units";
 }
 
-TEST(StringBuffer, CapacityAnswersTheLengthAndEnsureCapacitySetsIt) {
+TEST(StringBuffer, CapacityAnswersTheLengthAndEnsureCapacityAndSetLengthPad) {
   KepStringBuffer b("abc");
   EXPECT_EQ(b.capacity(), 3);
   b.ensureCapacity(4);
   EXPECT_EQ(b.length(), 8) << "(3 + 1) * 2";
-  EXPECT_EQ(b.capacity(), 8);
   EXPECT_EQ(b.charAt(2), 'c');
   EXPECT_EQ(b.charAt(5), 0) << "new units are zero";
   b.ensureCapacity(5);
   EXPECT_EQ(b.length(), 8) << "nothing happens unless min exceeds the length";
   b.ensureCapacity(100);
   EXPECT_EQ(b.length(), 100) << "a larger minimum wins over the doubling";
-  b.ensureCapacity(-1);
-  EXPECT_EQ(b.length(), 100);
-}
 
-TEST(StringBuffer, SetLengthCutsPadsAndEmpties) {
-  KepStringBuffer b("abcdef");
-  b.setLength(3);
-  EXPECT_EQ(textOf(b), "abc");
+  b.setLength(2);
+  EXPECT_EQ(textOf(b), "ab");
   b.setLength(5);
-  EXPECT_EQ(b.length(), 5);
   EXPECT_EQ(b.charAt(3), 0);
-  b.setLength(0);
+  b.setLength(-4);
   EXPECT_EQ(b.length(), 0);
   b.append(KepString("again"));
   EXPECT_EQ(textOf(b), "again");
-  b.setLength(-4);
-  EXPECT_EQ(b.length(), 0);
 }
 
 TEST(StringBuffer, AppendsAfterRebuildsRespectTheRealArraySize) {
-  // Growth makes room for 2 * 40 units; setLength and insert rebuild smaller
-  // arrays while the growth rule's capacity stays at 80. Appends must still grow.
+  // Growth makes room for 2 * 40 units; setLength, insert and reverse rebuild
+  // smaller arrays while the growth rule's capacity stays at 80. Appends must
+  // still grow.
   KepStringBuffer b("0123456789012345678901234567890123456789");
   b.setLength(2);
   b.append(KepString("this append must not land past the three-unit array"));
@@ -110,16 +94,11 @@ TEST(StringBuffer, InsertEdges) {
   b.insert(3, KepString("d"));
   b.insert(-5, KepString("["));
   b.insert(b.length(), KepString("]"));
-  EXPECT_EQ(textOf(b), "[abcde]");
   b.insert(99, KepString("ignored"));
-  b.insert(0, KepString(""));
   b.insert(0, KepString());
   EXPECT_EQ(textOf(b), "[abcde]");
   b.insert(1, 1UL).insert(1, 2UL).insert(1, -7);
   EXPECT_EQ(textOf(b), "[-701abcde]") << "unsigned long inserts 1 only for exactly 1";
-  unsigned short units[] = {'x', 'y', 0};
-  b.insert(0, units);
-  EXPECT_EQ(textOf(b), "xy[-701abcde]");
 
   KepStringBuffer empty(KepString(""));
   empty.insert(0, KepString("first"));
@@ -129,7 +108,6 @@ TEST(StringBuffer, InsertEdges) {
 TEST(StringBuffer, ReverseSetCharAtAndGetChars) {
   KepStringBuffer b("stressed");
   b.reverse();
-  EXPECT_EQ(textOf(b), "desserts");
   b.setCharAt(0, 'D');
   b.setCharAt(-1, 'x');
   b.setCharAt(8, 'x');
@@ -137,49 +115,22 @@ TEST(StringBuffer, ReverseSetCharAtAndGetChars) {
 
   unsigned short out[10] = {};
   b.getChars(-3, 2, out, 1);
-  EXPECT_EQ(out[1], 'D');
-  EXPECT_EQ(out[2], 'e');
-  EXPECT_EQ(out[3], 0);
+  EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(out), 4), std::u16string(u"\0De\0", 4));
   b.getChars(6, 100, out, 0);
-  EXPECT_EQ(out[0], 't') << "the count is cut at the length";
-  EXPECT_EQ(out[1], 's');
+  EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(out), 2), u"ts") << "cut at the length";
   out[0] = 0;
   b.getChars(8, 9, out, 0);
   b.getChars(0, -1, out, 0);
   EXPECT_EQ(out[0], 0);
-
-  KepStringBuffer none(KepString(""));
-  none.reverse();
-  EXPECT_EQ(none.length(), 0);
-}
-
-TEST(StringBuffer, NullHandleAndFactoryBodies) {
-  KepStringBuffer null;
-  EXPECT_TRUE(null.append(KepString("x")).isNull());
-  EXPECT_EQ(null.length(), 0);
-  EXPECT_TRUE(null.toString().isNull());
-
-  KepStringBuffer made(new KepRStringBuffer);
-  EXPECT_EQ(made.getClassID(), KepClassID::StringBuffer);
-  EXPECT_EQ(made.length(), 0);
-  KepStringBuffer another(made.createAnother());
-  EXPECT_EQ(another.getClassID(), KepClassID::StringBuffer);
-  EXPECT_NE(another.getRealKepObj(), made.getRealKepObj());
 }
 
 TEST(ByteArray, ViewsShareOneZeroTerminatedArray) {
   KepByteArray bytes("ab\0cd", 5);
   char* c = bytes;
   signed char* s = bytes;
-  unsigned char* u = bytes;
   EXPECT_EQ(static_cast<void*>(c), static_cast<void*>(s));
-  EXPECT_EQ(static_cast<void*>(c), static_cast<void*>(u));
   EXPECT_EQ(std::string(c, 6), std::string("ab\0cd\0", 6));
   EXPECT_EQ(static_cast<KepRByteArray*>(bytes.getRealKepObj())->size(), 5);
-  EXPECT_EQ(bytes.getClassID(), KepClassID::ByteArray);
-
-  KepByteArray empty(nullptr, 3);
-  EXPECT_STREQ(static_cast<char*>(empty), "");
-  KepByteArray null;
-  EXPECT_EQ(static_cast<char*>(null), nullptr);
+  EXPECT_STREQ(static_cast<char*>(KepByteArray(nullptr, 3)), "");
+  EXPECT_EQ(static_cast<char*>(KepByteArray()), nullptr);
 }

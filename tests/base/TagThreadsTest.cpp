@@ -54,25 +54,4 @@ TEST(TagThreads, OverlappingNamesGetOneTagEach) {
   EXPECT_EQ(*distinct.rbegin(), 0x40A00 + (kNames - 22) + (kNames - 22) / 2047 - 1);
 }
 
-TEST(TagThreads, ThreadsShareAManagerThroughItsHandle) {
-  KepTagManager m(new KepRTagManager());
-  std::vector<std::vector<int>> seen(4, std::vector<int>(500, 0));
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t, m, &seen] {
-      KepTagManager mine(m);
-      for (int k = 0; k < 500; ++k) {
-        int i = (t % 2 == 0) ? k : 499 - k;
-        seen[t][i] = mine.add(KepString(sharedName(i).c_str()));
-        mine.tagToName(seen[t][i]);
-      }
-    });
-  }
-  for (std::thread& th : threads) th.join();
-  for (int i = 0; i < 500; ++i) {
-    for (int t = 1; t < 4; ++t) ASSERT_EQ(seen[t][i], seen[0][i]);
-    EXPECT_EQ(m.tagToName(seen[0][i]).toStdString(), sharedName(i));
-  }
-}
-
 }  // namespace

@@ -1,6 +1,7 @@
 // The simple XML parser: callbacks, the reading rules and the error line.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -76,72 +77,48 @@ TEST_F(SimpleParser, CallsBackForElementsAttributesAndText) {
 }
 
 TEST_F(SimpleParser, ReadsInBlocksUntilAShortRead) {
-  // A document of exactly one block needs a second read, which gives 0 bytes.
-  Source exact;
-  std::string open = "<a>";
-  std::string close = "</a>";
-  exact.text = open + std::string(KEP_XML_SIMPLE_BLOCK - open.size() - close.size(), 'x') + close;
-  ASSERT_EQ(exact.text.size(), static_cast<size_t>(KEP_XML_SIMPLE_BLOCK));
-  EXPECT_TRUE(exact.parse());
-  EXPECT_EQ(exact.asked, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK}));
-  EXPECT_EQ(exact.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, 0}));
-
-  // Two and a bit blocks: three reads, the last one short.
+  // A document of exactly one block needs a second read, which gives 0 bytes or -1.
+  std::string const open = "<a>", close = "</a>";
+  for (bool minusOne : {false, true}) {
+    Source exact;
+    exact.text = open + std::string(KEP_XML_SIMPLE_BLOCK - open.size() - close.size(), 'x') + close;
+    exact.endWithMinusOne = minusOne;
+    EXPECT_TRUE(exact.parse());
+    EXPECT_EQ(exact.asked, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK}));
+    EXPECT_EQ(exact.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, minusOne ? -1 : 0}));
+  }
+  // Two and a bit blocks: three reads, the last one short, and every byte of
+  // text reaches the callback.
   Source longer;
   longer.text = open + std::string(70000, 'y') + close;
   EXPECT_TRUE(longer.parse());
   EXPECT_EQ(longer.given,
             (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK,
                               static_cast<int>(longer.text.size()) - 2 * KEP_XML_SIMPLE_BLOCK}));
-  size_t ys = 0;
-  for (char c : longer.trace) ys += c == 'y';
-  EXPECT_EQ(ys, 70000u) << "every byte of text reached the callback";
-
-  // A reader that ends with -1 after full blocks.
-  Source minusOne;
-  minusOne.text = exact.text;
-  minusOne.endWithMinusOne = true;
-  EXPECT_TRUE(minusOne.parse());
-  EXPECT_EQ(minusOne.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, -1}));
+  EXPECT_EQ(std::count(longer.trace.begin(), longer.trace.end(), 'y'), 70000);
 }
 
-TEST_F(SimpleParser, ShortOrEmptyInputFails) {
-  // The reader gives fewer bytes than asked although more would come: the
-  // parser takes that as the end, and the unfinished document fails.
-  struct Trickle {
-    static int read(void* user, char* buffer, int offset, int) {
-      auto* s = static_cast<Source*>(user);
-      if (s->position >= s->text.size()) return -1;
-      buffer[offset] = s->text[s->position++];
-      return 1;
-    }
-  };
-  Source s;
-  s.text = "<a></a>";
-  EXPECT_FALSE(KepRXMLSimpleParserExecute(&s, Trickle::read, Source::start, Source::end, nullptr));
-  EXPECT_EQ(s.position, 1u) << "only one read was made";
-  EXPECT_EQ(log_.count("XML Parser Error: "), 1u);
-
-  Source empty;
-  empty.endWithMinusOne = true;
-  EXPECT_FALSE(empty.parse());
-  Source unfinished;  // the last read ends the document, so an open element fails
-  unfinished.text = "<a><b>";
-  EXPECT_FALSE(unfinished.parse());
-  EXPECT_EQ(log_.count("no element found"), 2u);
-  EXPECT_FALSE(KepRXMLSimpleParserExecute(&s, nullptr, Source::start, Source::end, Source::chars));
-}
-
-TEST_F(SimpleParser, MalformedInputStopsWithOneErrorLine) {
+TEST_F(SimpleParser, MalformedShortOrEmptyInputStopsWithOneErrorLine) {
   Source s;
   s.text = "<a>\n <b></c>\n</a><after/>";
   EXPECT_FALSE(s.parse());
   EXPECT_EQ(s.trace, "<a>[\n][ ]<b>") << "callbacks before the error stand, none after";
   // Expat places a mismatched end tag at its name: line 2, column 6, byte 10.
-  std::vector<std::string> lines = log_.lines();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0], "XML Parser Error: mismatched tag at line 2, column 6, byte 10.");
-  EXPECT_EQ(log_.levels()[0], KepLogger::kError);
+  EXPECT_EQ(log_.lines(), std::vector<std::string>{
+                              "XML Parser Error: mismatched tag at line 2, column 6, byte 10."});
+  EXPECT_EQ(log_.levels(), std::vector<KepLogger::Level>{KepLogger::kError});
+
+  // A reader giving fewer bytes than asked ends the document, so an open
+  // element fails; so does no input at all, or no reader.
+  Source unfinished;
+  unfinished.text = "<a><b>";
+  EXPECT_FALSE(unfinished.parse());
+  EXPECT_EQ(unfinished.asked.size(), 1u) << "no read after a short one";
+  Source empty;
+  empty.endWithMinusOne = true;
+  EXPECT_FALSE(empty.parse());
+  EXPECT_EQ(log_.count("XML Parser Error: no element found"), 2u);
+  EXPECT_FALSE(KepRXMLSimpleParserExecute(&empty, nullptr, Source::start, Source::end, nullptr));
 }
 
 }  // namespace

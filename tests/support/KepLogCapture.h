@@ -3,9 +3,12 @@
 #define KEP_TESTS_SUPPORT_KEPLOGCAPTURE_H
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,16 +66,12 @@ class LogCapture {
 class ScopedEnv {
  public:
   ScopedEnv(char const* name, std::string const& value) : name_(name) {
-    char const* old = std::getenv(name);
-    if (old != nullptr) {
-      had_ = true;
-      old_ = old;
-    }
+    if (char const* old = std::getenv(name)) old_ = old;
     setenv(name, value.c_str(), 1);
   }
   ~ScopedEnv() {
-    if (had_) {
-      setenv(name_.c_str(), old_.c_str(), 1);
+    if (old_) {
+      setenv(name_.c_str(), old_->c_str(), 1);
     } else {
       unsetenv(name_.c_str());
     }
@@ -82,33 +81,26 @@ class ScopedEnv {
 
  private:
   std::string name_;
-  std::string old_;
-  bool had_ = false;
+  std::optional<std::string> old_;
 };
 
 // Keeps the option words and restores them at the end of a test.
 class SavedOptionWords {
  public:
-  SavedOptionWords()
-      : log_(gKepLogOptions.load()),
-        debugger_(gKepDebuggerOptions.load()),
-        kep_(gDiagKep.load()),
-        kepAlloc_(gDiagKepAlloc.load()),
-        cppAlloc_(gDiagCPPAlloc.load()),
-        qbAlloc_(_gKepDiagQBAlloc.load()) {}
+  SavedOptionWords() {
+    for (size_t i = 0; i < words_.size(); ++i) saved_[i] = words_[i]->load();
+  }
   ~SavedOptionWords() {
-    gKepLogOptions.store(log_);
-    gKepDebuggerOptions.store(debugger_);
-    gDiagKep.store(kep_);
-    gDiagKepAlloc.store(kepAlloc_);
-    gDiagCPPAlloc.store(cppAlloc_);
-    _gKepDiagQBAlloc.store(qbAlloc_);
+    for (size_t i = 0; i < words_.size(); ++i) words_[i]->store(saved_[i]);
   }
   SavedOptionWords(SavedOptionWords const&) = delete;
   SavedOptionWords& operator=(SavedOptionWords const&) = delete;
 
  private:
-  unsigned long log_, debugger_, kep_, kepAlloc_, cppAlloc_, qbAlloc_;
+  std::array<std::atomic<unsigned long>*, 6> const words_{{&gKepLogOptions, &gKepDebuggerOptions,
+                                                           &gDiagKep, &gDiagKepAlloc,
+                                                           &gDiagCPPAlloc, &_gKepDiagQBAlloc}};
+  std::array<unsigned long, 6> saved_{};
 };
 
 inline void writeFile(std::string const& path, std::string const& text) {
