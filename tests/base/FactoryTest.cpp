@@ -1,8 +1,7 @@
-// The factory table: its place in the shared-data store, first registration
-// wins, holder ownership, announced classes and the plain-object fallback.
+// The factory table: first registration wins, holder ownership, the plain-object
+// fallback and the last destroy.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -18,7 +17,6 @@ namespace {
 constexpr int kClassA = 0x4f0100;
 constexpr int kAnnounced = 0x4f0101;
 constexpr int kService = 0x4f0200;
-constexpr int kSilentService = 0x4f0201;
 
 // A second counted class, to tell prototypes apart.
 class OtherBody : public CountedBody {
@@ -37,54 +35,16 @@ class OtherBodyA : public BodyA {
   KepObject createAnother() const override { return KepObject(new OtherBodyA()); }
 };
 
-_KepOrderedSetImpl* factoryTable() {
-  return KepRSharedData::getPointer<_KepOrderedSetImpl>(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_TABLE);
-}
-
-// A stand-in for a service whose init() registers the class it provides.
-std::atomic<int> gStarts{0};
-bool startService(int serviceId) {
-  ++gStarts;
-  if (serviceId != kService) return false;  // found, but registers nothing
-  KepFactory::registerInternalClass(kAnnounced, KepObject::newObject(), new CountedBody);
-  return true;
-}
-
 class Factory : public ::testing::Test {
  protected:
   void TearDown() override {
-    KepFactory::setServiceStarter(nullptr);
-    for (int id : {kClassA, kAnnounced, -7, 0x7fff0000}) KepFactory::unregisterClass(id);
+    for (int id : {kClassA, kAnnounced}) KepFactory::unregisterClass(id);
     EXPECT_EQ(CountedBody::live.load(), 0) << "a prototype or a holder leaked";
   }
   ScopedKepInit init_;
 };
 
 }  // namespace
-
-TEST_F(Factory, TableLivesInTheSharedStoreInSignedClassOrder) {
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 1u);
-  _KepOrderedSetImpl* table = factoryTable();
-  ASSERT_NE(table, nullptr);
-  int before = KepFactory::classCount();
-  KepFactory::registerInternalClass(-7, KepObject::newObject(), new CountedBody);
-  KepFactory::registerInternalClass(0x7fff0000, KepObject::newObject(), new CountedBody);
-  EXPECT_EQ(KepFactory::classCount(), before + 2);
-  EXPECT_EQ(static_cast<int>(table->size()), before + 2);
-  EXPECT_TRUE(table->impl().__rb_verify());
-  std::vector<int> ids;
-  for (auto it = table->begin(); it != table->end(); ++it)
-    ids.push_back(static_cast<_KepRFactoryClassEntry*>(*it)->entryClassID);
-  EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end()));
-  EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end()), ids.end()) << "one row per id";
-  EXPECT_EQ(ids.front(), -7) << "a negative id orders first";
-  {
-    ScopedKepInit nested;  // a nested start-up only counts
-    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 2u);
-    EXPECT_EQ(factoryTable(), table);
-  }
-  EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_PROCESS, KEP_SLOT_FACTORY_COUNT), 1u);
-}
 
 TEST_F(Factory, FirstPrototypeWinsAndTheRejectedHolderIsFreed) {
   KepObject first(new BodyA);
@@ -118,30 +78,8 @@ TEST(FactoryFallback, UnknownIdsGiveNullAndTheRootIdAPlainObjectWithOrWithoutIni
     ASSERT_FALSE(plain.isNull()) << up;
     EXPECT_EQ(plain.toString().toStdString(), "KepRObject");
     EXPECT_EQ(plain.getService(), 9);
-    EXPECT_EQ(KepFactory::getObjectStatic(KepClassID::Object, plain).getService(), 9)
-        << "the owner's service";
     if (up) Kep::destroy();
   }
-}
-
-TEST_F(Factory, AnnouncedClassStartsItsServiceOnEveryRequestUntilItRegisters) {
-  int before = KepFactory::classCount();
-  EXPECT_EQ(KepFactory::registerClass(kClassA, kSilentService), 0);
-  EXPECT_EQ(KepFactory::registerClass(kAnnounced, kService), 0);
-  EXPECT_EQ(KepFactory::registerClass(kAnnounced, kSilentService), 0) << "already announced";
-  EXPECT_EQ(KepFactory::classCount(), before + 2);
-  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull()) << "no starter installed";
-  KepFactory::setServiceStarter(startService);
-  gStarts = 0;
-  EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
-  EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
-  EXPECT_EQ(gStarts.load(), 2) << "a service that registers nothing is asked again";
-  KepObject made = KepGetObject(kAnnounced, 0, 5);
-  ASSERT_FALSE(made.isNull());
-  EXPECT_EQ(made.getService(), 5);
-  EXPECT_FALSE(KepGetObject(kAnnounced, 7, 5).isNull());
-  EXPECT_EQ(gStarts.load(), 3) << "the class is registered now";
-  EXPECT_EQ(KepFactory::classCount(), before + 2) << "the announcement was completed";
 }
 
 TEST_F(Factory, ConcurrentRequestsAndRegistrationsAreSerialised) {
@@ -160,7 +98,6 @@ TEST_F(Factory, ConcurrentRequestsAndRegistrationsAreSerialised) {
   }
   for (auto& th : threads) th.join();
   EXPECT_EQ(made.load(), 800);
-  EXPECT_TRUE(factoryTable()->impl().__rb_verify());
 }
 
 TEST(FactoryLifetime, LastDestroyFreesEverythingStillRegistered) {

@@ -20,9 +20,6 @@ class StartupOptions : public ::testing::Test {
     processes_ = -1;
     _KepGetStartupOptions(0, logDefault, processes_, nullptr);
   }
-  static std::string memoryManager(std::string const& inner) {
-    return "<Startup><MemoryManager>" + inner + "</MemoryManager></Startup>";
-  }
   static std::string diagnostics(std::string const& allocator, std::string const& words) {
     return "<" + allocator + "><Diagnostics>" + words + "</Diagnostics></" + allocator + ">";
   }
@@ -36,12 +33,10 @@ class StartupOptions : public ::testing::Test {
 
 TEST_F(StartupOptions, WithoutAFileTheLogWordIsKepInitsSecondArgumentAndZeroMeans130) {
   gDiagKep.store(1);
-  gKepDebuggerOptions.store(1);
   readOnly(36);
   EXPECT_EQ(gKepLogOptions.load(), 36u);
   EXPECT_EQ(processes_, 0);
   EXPECT_EQ(gDiagKep.load(), 1u) << "the other words are kept";
-  EXPECT_EQ(gKepDebuggerOptions.load(), 1u);
   gDiagKep.store(0);
   Kep::init(0);
   EXPECT_EQ(gKepLogOptions.load(), 1u);
@@ -137,31 +132,6 @@ TEST_F(StartupOptions, AMalformedFileKeepsWhatCameBeforeTheError) {
   EXPECT_EQ(processes_, 3);
   EXPECT_EQ(gKepLogOptions.load(), 4u);
   EXPECT_EQ(log.count("XML Parser Error: mismatched tag at line 1"), 1u);
-}
-
-TEST_F(StartupOptions, StatisticsCountersAreResetAfterReading) {
-  void* before = KepMalloc(64);
-  ASSERT_GT(gKepMallocCount.load(), 0u);
-  read("<Startup/>");
-  EXPECT_EQ(gKepMallocCount.load(), 0u);
-  EXPECT_EQ(gKepTotalMallocSize.load(), 0u);
-  KepFree(before);
-  EXPECT_EQ(gKepFreeCount.load(), 1u);
-}
-
-TEST_F(StartupOptions, DiagnosticsFromTheFileReachTheRunningLibrary) {
-  read(memoryManager(diagnostics("KEPAlloc", "<Check/>") + diagnostics("KEP", "<InstanceCount/>")));
-  gDiagKep.store(0);
-  gDiagKepAlloc.store(0);
-  Kep::init(0);
-  EXPECT_EQ(gDiagKep.load(), 1u);
-  EXPECT_EQ(gDiagKepAlloc.load(), 0x100u);
-  void* p = KepMalloc(10);
-  EXPECT_NE(KepMemory::sequenceOf(p), 0u) << "a block made now is tracked";
-  KepFree(p);
-  Kep::destroy();
-  EXPECT_EQ(gDiagKep.load(), 0u) << "the last destroy clears the diagnostics words";
-  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
 }
 
 }  // namespace

