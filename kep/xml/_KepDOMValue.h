@@ -51,6 +51,8 @@ class KEP_API _KepDOMValue {
   bool empty() const noexcept { return k == kNone; }
   bool holdsObject() const noexcept { return k == kObject || k == kObjectText; }
   void clear();
+  // Whether clear() would change nothing: the state of a new value.
+  bool isClear() const noexcept;
 
   // The value's text: the text itself, an object's toString(), numbers printed
   // ("%d", "%u" for dates, "1"/"0", "%.9g" for floats, "%.17g", "%ld" for longs,

@@ -266,8 +266,11 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   return s.names;
 }
 
-KepString _KepXMLParserData::shortText(char const* bytes, size_t length) {
-  if (length > kShortText) return widened(bytes, length);
+KepString const& _KepXMLParserData::shortText(char const* bytes, size_t length) {
+  if (length > kShortText) {
+    longText = widened(bytes, length);
+    return longText;
+  }
   if (shortTexts.empty()) shortTexts.resize(kShortSlots);
   ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
   if (slot.length != length || slot.text.isNull() || std::memcmp(slot.bytes, bytes, length) != 0) {
@@ -300,7 +303,8 @@ void _KepXMLParserData::enterPath(char const* name) {
   }
 }
 
-KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder) {
+KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder,
+                                               Hold& hold) {
   int dataType = 0;
   if ((mode & KepRXMLParser::kStandardDOM) == 0) {
     for (char const** a = attributes; a[0] != nullptr; a += 2) {
@@ -318,7 +322,7 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
     }
   }
   auto* element = new KepRDOMElement();
-  holder = KepObject(static_cast<KepBridgeToObject*>(element));
+  hold.reset(element);
   // A plain element written with its value's type ("int", "string" ...) gets
   // that type back.
   if (dataType != 0) element->setDataType(dataType);
@@ -359,7 +363,7 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
     Names const names = resolve(a[0]);
     if (names.id == 0) continue;
     auto* attribute = new KepRDOMAttribute();
-    KepObject holder(static_cast<KepBridgeToObject*>(attribute));
+    Hold holder(attribute);
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
     attribute->initValue(shortText(a[1], std::strlen(a[1])));
     bool refused = false;
@@ -396,8 +400,11 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   if (!building()) return;
 
   Names const names = resolve(name);
+  // A factory-made element comes with its handle; a plain one is only held by
+  // a reference until its parent takes it.
   KepObject holder;
-  KepRDOMElement* element = makeElement(attributes, holder);
+  Hold hold;
+  KepRDOMElement* element = makeElement(attributes, holder, hold);
   if (element->getClassID() == KepClassID::DOMElement) {
     element->setNames(names.id, names.prefix, names.local, names.uri);
   } else {
@@ -414,15 +421,17 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   KepRDOMParentNode* parent = parents.back();
   bool placed = false;
   if (handler != nullptr) {
-    KepDOMElement offered(holder);
+    KepDOMElement offered(holder.isNull() ? KepObject(static_cast<KepBridgeToObject*>(element))
+                                          : holder);
     placed = handler->createElement(&offered, parent) != 0;
   }
   if (!placed) {
     parent->appendFresh(element);
     parent->childrenChanged();
   }
-  element->addRef();
   parents.push_back(element);
+  // The reference taken for `parents`.
+  element->addRef();
   if (matchDepth == depth) found = element;
   element->_beginFromXML(parserHandle);
 }
@@ -467,18 +476,15 @@ void _KepXMLParserData::characters(char const* text, int length) {
 void _KepXMLParserData::flushText(bool force) {
   if (!textPending && !force) return;
   bool cdata = inCData;
-  KepString text;
-  if (overflowing) {
-    text = overflow.toString();
-    overflow = KepStringBuffer();
-  } else if (pendingLength > 0 || cdata) {
-    text = shortText(pending, static_cast<size_t>(pendingLength));
-  }
-  int length = pendingLength;
+  bool overflowed = overflowing;
+  int length = overflowed ? -1 : pendingLength;
   textPending = false;
   pendingLength = 0;
   overflowing = false;
-  if (!building() || parents.size() < 2) return;
+  if (!building() || parents.size() < 2) {
+    if (overflowed) overflow = KepStringBuffer();
+    return;
+  }
   KepRDOMParentNode* parent = parents.back();
   // A lone tab or line feed between elements is layout, not content, unless
   // the element keeps its white space.
@@ -487,8 +493,13 @@ void _KepXMLParserData::flushText(bool force) {
     if (element == nullptr || !element->preservesSpace()) return;
   }
   KepRDOMText* node = cdata ? new KepRDOMCDATASection() : new KepRDOMText();
-  KepObject holder(static_cast<KepBridgeToObject*>(node));
-  node->initData(text);
+  Hold holder(node);
+  if (overflowed) {
+    node->initData(overflow.toString());
+    overflow = KepStringBuffer();
+  } else if (length > 0 || cdata) {
+    node->initData(shortText(pending, static_cast<size_t>(length)));
+  }
   node->adoptOne(anchor);
   parent->appendFresh(node);
   parent->childrenChanged();
