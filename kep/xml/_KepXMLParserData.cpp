@@ -349,11 +349,18 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
   // attribute, the others last.
   size_t firstDeclaration = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
   size_t declarations = bindings.size() - firstDeclaration;
+  // The tokenizer lets no two attributes of one element have the same name, or
+  // the same URI and local name, and reports no declarations among them: while
+  // the element had no attributes of its own before, they are appended without
+  // the map's checks.
+  KepRDOMAttributeList* before = element->existingAttributes();
+  bool fresh = before == nullptr || before->size() == 0;
   if (declarations > 0) {
     placed.assign(declarations, false);
     Names const& own = resolve(name);
     addDeclaration(element, firstDeclaration, prefixOf(name, own.prefix != 0));
   }
+  KepRDOMAttributeList* list = nullptr;
   for (char const** a = attributes; a[0] != nullptr; a += 2) {
     if (std::strcmp(a[0], "xs") == 0) {
       int service = KepProcess::nameToTag(widened(a[1]));
@@ -362,12 +369,22 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
     }
     Names const names = resolve(a[0]);
     if (names.id == 0) continue;
+    if (list == nullptr) {
+      list = element->attributeList();
+      int left = 0;
+      for (char const** b = a; b[0] != nullptr; b += 2) ++left;
+      list->reserve(left);
+    }
     auto* attribute = new KepRDOMAttribute();
     Hold holder(attribute);
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
     attribute->initValue(shortText(a[1], std::strlen(a[1])));
-    bool refused = false;
-    element->attributeList()->put(attribute, names.uri != 0, refused);
+    if (fresh) {
+      list->appendChecked(attribute);
+    } else {
+      bool refused = false;
+      list->put(attribute, names.uri != 0, refused);
+    }
     if (declarations > 0 && names.prefix != 0) {
       addDeclaration(element, firstDeclaration, prefixOf(a[0], true));
     }
