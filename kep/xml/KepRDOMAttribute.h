@@ -38,6 +38,13 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
   KepString valueRef() const;
   // Sets the value of an attribute nobody has seen yet, without notes.
   void initValue(KepString const& text) { assign(text); }
+  // The same with a string body, whose reference (the caller's) the attribute
+  // takes over.
+  void adoptValue(KepRObject* body) noexcept {
+    KepRObject* old = value;
+    value = body;
+    if (old != nullptr) old->release();
+  }
 
  private:
   // Makes the body of `text` (none for a null handle) the value, counted.

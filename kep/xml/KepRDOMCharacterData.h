@@ -31,6 +31,13 @@ class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
   int textLength() const noexcept;
   // Sets the text of a node nobody has seen yet, without notes.
   void initData(KepString const& text) { assign(text); }
+  // The same with a string body, whose reference (the caller's) the node takes
+  // over.
+  void adoptData(KepRObject* body) noexcept {
+    KepRObject* old = data;
+    data = body;
+    if (old != nullptr) old->release();
+  }
 
  protected:
   // Replaces units [from, to) by `insert` (offsets checked by the caller).

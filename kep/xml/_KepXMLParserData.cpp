@@ -139,6 +139,9 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
 
 _KepXMLParserData::~_KepXMLParserData() {
   for (KepRDOMParentNode* parent : parents) parent->release();
+  for (ShortSlot& slot : shortTexts) {
+    if (slot.text != nullptr) slot.text->release();
+  }
 }
 
 void _KepXMLParserData::install(void* p) {
@@ -266,18 +269,29 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   return s.names;
 }
 
-KepString const& _KepXMLParserData::shortText(char const* bytes, size_t length) {
+KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
+  auto make = [&]() -> KepRObject* {
+    return KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(bytes),
+                                       static_cast<int>(length));
+  };
   if (length > kShortText) {
-    longText = widened(bytes, length);
-    return longText;
+    KepRObject* body = make();
+    if (body != nullptr) body->addRef();
+    return body;
   }
   if (shortTexts.empty()) shortTexts.resize(kShortSlots);
   ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
-  if (slot.length != length || slot.text.isNull() || std::memcmp(slot.bytes, bytes, length) != 0) {
+  if (slot.text == nullptr || slot.length != length ||
+      std::memcmp(slot.bytes, bytes, length) != 0) {
+    KepRObject* body = make();
+    if (body == nullptr) return nullptr;
+    body->addRef();
+    if (slot.text != nullptr) slot.text->release();
+    slot.text = body;
     slot.length = static_cast<uint8_t>(length);
     std::memcpy(slot.bytes, bytes, length);
-    slot.text = widened(bytes, length);
   }
+  slot.text->addRef();
   return slot.text;
 }
 
@@ -378,7 +392,7 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
     auto* attribute = new KepRDOMAttribute();
     Hold holder(attribute);
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
-    attribute->initValue(shortText(a[1], std::strlen(a[1])));
+    attribute->adoptValue(textBody(a[1], std::strlen(a[1])));
     if (fresh) {
       list->appendChecked(attribute);
     } else {
@@ -515,7 +529,7 @@ void _KepXMLParserData::flushText(bool force) {
     node->initData(overflow.toString());
     overflow = KepStringBuffer();
   } else if (length > 0 || cdata) {
-    node->initData(shortText(pending, static_cast<size_t>(length)));
+    node->adoptData(textBody(pending, static_cast<size_t>(length)));
   }
   node->adoptOne(anchor);
   parent->appendFresh(node);

@@ -180,20 +180,20 @@ class _KepXMLParserData {
   std::string nameBytes;
   size_t slotsUsed = 0;
 
-  // Short texts and attribute values met before, shared by the nodes that
-  // hold the same bytes (strings never change). Direct-mapped by a hash of the
-  // bytes: a collision replaces the older entry.
-  // The string stays valid until the next call.
-  KepString const& shortText(char const* bytes, size_t length);
+  // The string body of `length` bytes widened, with one reference for the
+  // caller (null when it could not be allocated). Short texts and attribute
+  // values met before are shared by the nodes that hold the same bytes
+  // (strings never change): direct-mapped by a hash of the bytes, a collision
+  // replaces the older entry.
+  KepRObject* textBody(char const* bytes, size_t length);
   static constexpr size_t kShortText = 24;
   static constexpr size_t kShortSlots = 512;
   struct ShortSlot {
     uint8_t length = 0;
     char bytes[kShortText];
-    KepString text;
+    KepRObject* text = nullptr;  // counted
   };
   std::vector<ShortSlot> shortTexts;
-  KepString longText;
 
   bool failure = false;
 };
