@@ -56,12 +56,6 @@ void _KepDOMValue::setLongDouble(long double value) noexcept {
   std::memcpy(u.ld, &value, sizeof value);
 }
 
-bool _KepDOMValue::isClear() const noexcept {
-  if (k != kNone || narrow || obj.getTarget() != nullptr) return false;
-  static constexpr decltype(u) zero{};
-  return std::memcmp(&u, &zero, sizeof u) == 0;
-}
-
 void _KepDOMValue::clear() {
   k = kNone;
   narrow = false;

@@ -523,16 +523,18 @@ void _KepXMLParserData::flushText(bool force) {
     KepRDOMElement* element = parent->asElement();
     if (element == nullptr || !element->preservesSpace()) return;
   }
+  // The node goes into the tree first, which then owns it: nothing that may
+  // throw comes between its creation and its link. Nobody sees it before its
+  // text is set.
   KepRDOMText* node = cdata ? new KepRDOMCDATASection() : new KepRDOMText();
-  Hold holder(node);
+  node->adoptOne(anchor);
+  parent->appendFresh(node);
   if (overflowed) {
     node->initData(overflow.toString());
     overflow = KepStringBuffer();
   } else if (length > 0 || cdata) {
     node->adoptData(textBody(pending, static_cast<size_t>(length)));
   }
-  node->adoptOne(anchor);
-  parent->appendFresh(node);
   parent->childrenChanged();
 }
 
