@@ -7,7 +7,22 @@
 
 KEP_REGISTER_LIBRARY_CLASS(DOMAttribute);
 
-KepRDOMAttribute::KepRDOMAttribute() noexcept : element(nullptr) {}
+KepRDOMAttribute::KepRDOMAttribute() noexcept : value(nullptr), element(nullptr) {}
+
+KepRDOMAttribute::~KepRDOMAttribute() {
+  if (value != nullptr) value->release();
+}
+
+void KepRDOMAttribute::assign(KepString const& text) {
+  KepRObject* body = text.getRealKepObj();
+  if (body == value) return;
+  if (body != nullptr) body->addRef();
+  KepRObject* old = value;
+  value = body;
+  if (old != nullptr) old->release();
+}
+
+KepString KepRDOMAttribute::valueRef() const { return _KepDOMHandle<KepString>(value); }
 
 int KepRDOMAttribute::getNodeType() const { return KepDOMNode::ATTRIBUTE_NODE; }
 
@@ -17,13 +32,13 @@ unsigned long KepRDOMAttribute::getSpecified() const { return 1; }
 
 KepString KepRDOMAttribute::getValue() const {
   static KepString const empty("");
-  return value.isNull() ? empty : value;
+  return value == nullptr ? empty : valueRef();
 }
 
 KepString KepRDOMAttribute::getNodeValue() const { return getValue(); }
 
 void KepRDOMAttribute::setValue(KepString const& text) {
-  value = text;
+  assign(text);
   if (element != nullptr) {
     element->noteChange(kAttributeChanged, this);
   } else {
@@ -46,5 +61,5 @@ unsigned long KepRDOMAttribute::remove() {
 
 void KepRDOMAttribute::copyInto(KepRDOMNode& copy) const {
   KepRDOMChildNode::copyInto(copy);
-  if (auto* target = dynamic_cast<KepRDOMAttribute*>(&copy)) target->value = value;
+  if (auto* target = dynamic_cast<KepRDOMAttribute*>(&copy)) target->assign(valueRef());
 }

@@ -7,7 +7,8 @@
 
 class KepRDOMElement;
 
-// An attribute: type code 1, its value one string. Its element is linked
+// An attribute: type code 1, its value one string (held as a counted string
+// body, none while empty: smaller than a handle). Its element is linked
 // without a count (the element's attribute map counts the attribute) and is
 // cleared when the attribute leaves the map or the element dies.
 //
@@ -18,6 +19,8 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
 
  public:
   KepRDOMAttribute() noexcept;
+  // Releases the value.
+  ~KepRDOMAttribute() override;
 
   KEP_METHODS_DOMAttribute(KEP_DECLARE_METHOD)
 
@@ -30,13 +33,24 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
 
   KepRDOMElement* ownerElementBody() const noexcept { return element; }
   void setOwnerElement(KepRDOMElement* owner) noexcept { element = owner; }
-  // The value itself, for readers that only look at it.
-  KepString const& valueRef() const noexcept { return value; }
+  // The value itself (null while none was set), for readers that only look
+  // at it.
+  KepString valueRef() const;
   // Sets the value of an attribute nobody has seen yet, without notes.
-  void initValue(KepString const& text) { value = text; }
+  void initValue(KepString const& text) { assign(text); }
+  // The same with a string body, whose reference (the caller's) the attribute
+  // takes over.
+  void adoptValue(KepRObject* body) noexcept {
+    KepRObject* old = value;
+    value = body;
+    if (old != nullptr) old->release();
+  }
 
  private:
-  KepString value;
+  // Makes the body of `text` (none for a null handle) the value, counted.
+  void assign(KepString const& text);
+
+  KepRObject* value;
   KepRDOMElement* element;
 };
 

@@ -17,14 +17,35 @@ KepString const& emptyText() {
   return empty;
 }
 
+// The string body of a text body, or null.
+KepRString const* stringOf(KepRObject const* body) {
+  if (body == nullptr || !body->isOfType(KepClassID::String)) return nullptr;
+  return static_cast<KepRString const*>(body);
+}
+
 }  // namespace
 
+KepRDOMCharacterData::~KepRDOMCharacterData() {
+  if (data != nullptr) data->release();
+}
+
+void KepRDOMCharacterData::assign(KepString const& text) {
+  KepRObject* body = text.getRealKepObj();
+  if (body == data) return;
+  if (body != nullptr) body->addRef();
+  KepRObject* old = data;
+  data = body;
+  if (old != nullptr) old->release();
+}
+
+KepString KepRDOMCharacterData::text() const { return _KepDOMHandle<KepString>(data); }
+
 int KepRDOMCharacterData::textLength() const noexcept {
-  KepRString const* body = KepRString::of(data);
+  KepRString const* body = stringOf(data);
   return body != nullptr ? body->unitCount() : 0;
 }
 
-KepString KepRDOMCharacterData::getData() const { return data.isNull() ? emptyText() : data; }
+KepString KepRDOMCharacterData::getData() const { return data == nullptr ? emptyText() : text(); }
 
 KepString KepRDOMCharacterData::getNodeValue() const { return getData(); }
 
@@ -33,7 +54,7 @@ void KepRDOMCharacterData::setNodeValue(KepString const& value) { setData(value)
 int KepRDOMCharacterData::getLength() const { return textLength(); }
 
 void KepRDOMCharacterData::setData(KepString const& text) {
-  data = text;
+  assign(text);
   valueChanged();
 }
 
@@ -42,11 +63,11 @@ KepString KepRDOMCharacterData::substringData(int offset, int count) const {
   if (offset < 0 || offset > length || count < 0) return KepString();
   int end = static_cast<int>(std::min<long>(length, static_cast<long>(offset) + count));
   if (offset == end) return emptyText();
-  return data.substring(offset, end);
+  return text().substring(offset, end);
 }
 
 void KepRDOMCharacterData::splice(int from, int to, KepString const& insert) {
-  KepRString const* old = KepRString::of(data);
+  KepRString const* old = stringOf(data);
   KepRString const* added = KepRString::of(insert);
   int length = old != nullptr ? old->unitCount() : 0;
   int addedLength = added != nullptr ? added->unitCount() : 0;
@@ -56,7 +77,7 @@ void KepRDOMCharacterData::splice(int from, int to, KepString const& insert) {
   if (from > 0) std::memcpy(out, old->units(), unitBytes(from));
   if (addedLength > 0) std::memcpy(out + from, added->units(), unitBytes(addedLength));
   if (to < length) std::memcpy(out + from + addedLength, old->units() + to, unitBytes(length - to));
-  data = KepString(static_cast<KepBridgeToObject*>(fresh));
+  assign(KepString(static_cast<KepBridgeToObject*>(fresh)));
   valueChanged();
 }
 
@@ -84,7 +105,7 @@ void KepRDOMCharacterData::replaceData(int offset, int count, KepString const& t
 }
 
 unsigned long KepRDOMCharacterData::isIgnorableWhitespace() const {
-  KepRString const* body = KepRString::of(data);
+  KepRString const* body = stringOf(data);
   if (body == nullptr) return 1;
   unsigned short const* units = body->units();
   for (int i = 0, n = body->unitCount(); i < n; ++i) {
@@ -96,5 +117,5 @@ unsigned long KepRDOMCharacterData::isIgnorableWhitespace() const {
 
 void KepRDOMCharacterData::copyInto(KepRDOMNode& copy) const {
   KepRDOMChildNode::copyInto(copy);
-  if (auto* target = dynamic_cast<KepRDOMCharacterData*>(&copy)) target->data = data;
+  if (auto* target = dynamic_cast<KepRDOMCharacterData*>(&copy)) target->assign(text());
 }

@@ -5,9 +5,10 @@
 #include "kep/xml/KepDOMCharacterData.h"
 #include "kep/xml/KepRDOMChildNode.h"
 
-// Holds the text as one KepString (a null string while empty). Every change
-// builds a new string, tells the parent (an element drops its cached value) and
-// is noted for change capture.
+// Holds the text as one counted string body (none while empty), a pointer
+// rather than a handle to keep text nodes small. Every change builds a new
+// string, tells the parent (an element drops its cached value) and is noted for
+// change capture.
 //
 // Thread safety: see KepDOMNode.
 class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
@@ -16,6 +17,8 @@ class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
 
  public:
   KepRDOMCharacterData() noexcept = default;
+  // Releases the text.
+  ~KepRDOMCharacterData() override;
 
   KEP_METHODS_DOMCharacterData(KEP_DECLARE_METHOD)
 
@@ -24,16 +27,27 @@ class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
   void copyInto(KepRDOMNode& copy) const override;
 
   // The text (null while empty) and its length, for the library's own readers.
-  KepString const& text() const noexcept { return data; }
+  KepString text() const;
   int textLength() const noexcept;
   // Sets the text of a node nobody has seen yet, without notes.
-  void initData(KepString const& text) { data = text; }
+  void initData(KepString const& text) { assign(text); }
+  // The same with a string body, whose reference (the caller's) the node takes
+  // over.
+  void adoptData(KepRObject* body) noexcept {
+    KepRObject* old = data;
+    data = body;
+    if (old != nullptr) old->release();
+  }
 
  protected:
   // Replaces units [from, to) by `insert` (offsets checked by the caller).
   void splice(int from, int to, KepString const& insert);
+  // Makes the body of `text` (none for a null handle) the text, counted.
+  void assign(KepString const& text);
 
-  KepString data;
+ private:
+  // The text's body, or null while empty.
+  KepRObject* data = nullptr;
 };
 
 #endif  // KEP_XML_KEPRDOMCHARACTERDATA_H

@@ -106,7 +106,9 @@ KepString KepRDOMElement::getTagName() const { return getNodeName(); }
 
 int KepRDOMElement::getLocalNameID() const { return localID; }
 
-void KepRDOMElement::childrenChanged() { value.clear(); }
+void KepRDOMElement::childrenChanged() {
+  if (!value.isClear()) value.clear();
+}
 
 void KepRDOMElement::adoptOne(_KepDOMDocAnchor* anchor) {
   KepRDOMParentNode::adoptOne(anchor);

@@ -102,6 +102,12 @@ KepDOMNode KepRDOMNamedNodeMap::put(KepRDOMNode* node, bool byNS, bool& refused)
   return replaced;
 }
 
+void KepRDOMNamedNodeMap::appendChecked(KepRDOMNode* node) {
+  nodes.push_back(node);
+  node->addRef();
+  attached(*node);
+}
+
 KepDOMNode KepRDOMNamedNodeMap::takeAt(int index) {
   KepRDOMNode* node = at(index);
   if (node == nullptr) return KepDOMNode();

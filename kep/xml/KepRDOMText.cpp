@@ -16,7 +16,8 @@ KepDOMText KepRDOMText::splitText(int offset) {
   KepObject holder = shallowCopy();
   auto* tail = dynamic_cast<KepRDOMText*>(of(holder));
   if (tail == nullptr) return KepDOMText();
-  tail->initData(data.isNull() ? data : data.substring(offset));
+  KepString whole = text();
+  tail->initData(whole.isNull() ? whole : whole.substring(offset));
   splice(offset, length, KepString());
   if (KepRDOMNode* above = parentBody()) above->asParent()->insertNode(tail, nextBody());
   return _KepDOMHandle<KepDOMText>(tail);

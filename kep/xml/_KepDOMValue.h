@@ -3,6 +3,7 @@
 #define KEP_XML_KEPDOMVALUE_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "kep/base/KepObject.h"
 #include "kep/base/KepString.h"
@@ -51,6 +52,12 @@ class KEP_API _KepDOMValue {
   bool empty() const noexcept { return k == kNone; }
   bool holdsObject() const noexcept { return k == kObject || k == kObjectText; }
   void clear();
+  // Whether clear() would change nothing: the state of a new value.
+  bool isClear() const noexcept {
+    if (k != kNone || narrow || obj.getTarget() != nullptr) return false;
+    static constexpr decltype(u) zero{};
+    return std::memcmp(&u, &zero, sizeof u) == 0;
+  }
 
   // The value's text: the text itself, an object's toString(), numbers printed
   // ("%d", "%u" for dates, "1"/"0", "%.9g" for floats, "%.17g", "%ld" for longs,

@@ -139,6 +139,9 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
 
 _KepXMLParserData::~_KepXMLParserData() {
   for (KepRDOMParentNode* parent : parents) parent->release();
+  for (ShortSlot& slot : shortTexts) {
+    if (slot.text != nullptr) slot.text->release();
+  }
 }
 
 void _KepXMLParserData::install(void* p) {
@@ -266,15 +269,29 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   return s.names;
 }
 
-KepString _KepXMLParserData::shortText(char const* bytes, size_t length) {
-  if (length > kShortText) return widened(bytes, length);
+KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
+  auto make = [&]() -> KepRObject* {
+    return KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(bytes),
+                                       static_cast<int>(length));
+  };
+  if (length > kShortText) {
+    KepRObject* body = make();
+    if (body != nullptr) body->addRef();
+    return body;
+  }
   if (shortTexts.empty()) shortTexts.resize(kShortSlots);
   ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
-  if (slot.length != length || slot.text.isNull() || std::memcmp(slot.bytes, bytes, length) != 0) {
+  if (slot.text == nullptr || slot.length != length ||
+      std::memcmp(slot.bytes, bytes, length) != 0) {
+    KepRObject* body = make();
+    if (body == nullptr) return nullptr;
+    body->addRef();
+    if (slot.text != nullptr) slot.text->release();
+    slot.text = body;
     slot.length = static_cast<uint8_t>(length);
     std::memcpy(slot.bytes, bytes, length);
-    slot.text = widened(bytes, length);
   }
+  slot.text->addRef();
   return slot.text;
 }
 
@@ -300,7 +317,8 @@ void _KepXMLParserData::enterPath(char const* name) {
   }
 }
 
-KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder) {
+KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder,
+                                               Hold& hold) {
   int dataType = 0;
   if ((mode & KepRXMLParser::kStandardDOM) == 0) {
     for (char const** a = attributes; a[0] != nullptr; a += 2) {
@@ -318,7 +336,7 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
     }
   }
   auto* element = new KepRDOMElement();
-  holder = KepObject(static_cast<KepBridgeToObject*>(element));
+  hold.reset(element);
   // A plain element written with its value's type ("int", "string" ...) gets
   // that type back.
   if (dataType != 0) element->setDataType(dataType);
@@ -345,11 +363,18 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
   // attribute, the others last.
   size_t firstDeclaration = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
   size_t declarations = bindings.size() - firstDeclaration;
+  // The tokenizer lets no two attributes of one element have the same name, or
+  // the same URI and local name, and reports no declarations among them: while
+  // the element had no attributes of its own before, they are appended without
+  // the map's checks.
+  KepRDOMAttributeList* before = element->existingAttributes();
+  bool fresh = before == nullptr || before->size() == 0;
   if (declarations > 0) {
     placed.assign(declarations, false);
     Names const& own = resolve(name);
     addDeclaration(element, firstDeclaration, prefixOf(name, own.prefix != 0));
   }
+  KepRDOMAttributeList* list = nullptr;
   for (char const** a = attributes; a[0] != nullptr; a += 2) {
     if (std::strcmp(a[0], "xs") == 0) {
       int service = KepProcess::nameToTag(widened(a[1]));
@@ -358,12 +383,22 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
     }
     Names const names = resolve(a[0]);
     if (names.id == 0) continue;
+    if (list == nullptr) {
+      list = element->attributeList();
+      int left = 0;
+      for (char const** b = a; b[0] != nullptr; b += 2) ++left;
+      list->reserve(left);
+    }
     auto* attribute = new KepRDOMAttribute();
-    KepObject holder(static_cast<KepBridgeToObject*>(attribute));
+    Hold holder(attribute);
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
-    attribute->initValue(shortText(a[1], std::strlen(a[1])));
-    bool refused = false;
-    element->attributeList()->put(attribute, names.uri != 0, refused);
+    attribute->adoptValue(textBody(a[1], std::strlen(a[1])));
+    if (fresh) {
+      list->appendChecked(attribute);
+    } else {
+      bool refused = false;
+      list->put(attribute, names.uri != 0, refused);
+    }
     if (declarations > 0 && names.prefix != 0) {
       addDeclaration(element, firstDeclaration, prefixOf(a[0], true));
     }
@@ -396,8 +431,11 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   if (!building()) return;
 
   Names const names = resolve(name);
+  // A factory-made element comes with its handle; a plain one is only held by
+  // a reference until its parent takes it.
   KepObject holder;
-  KepRDOMElement* element = makeElement(attributes, holder);
+  Hold hold;
+  KepRDOMElement* element = makeElement(attributes, holder, hold);
   if (element->getClassID() == KepClassID::DOMElement) {
     element->setNames(names.id, names.prefix, names.local, names.uri);
   } else {
@@ -414,15 +452,17 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   KepRDOMParentNode* parent = parents.back();
   bool placed = false;
   if (handler != nullptr) {
-    KepDOMElement offered(holder);
+    KepDOMElement offered(holder.isNull() ? KepObject(static_cast<KepBridgeToObject*>(element))
+                                          : holder);
     placed = handler->createElement(&offered, parent) != 0;
   }
   if (!placed) {
     parent->appendFresh(element);
     parent->childrenChanged();
   }
-  element->addRef();
   parents.push_back(element);
+  // The reference taken for `parents`.
+  element->addRef();
   if (matchDepth == depth) found = element;
   element->_beginFromXML(parserHandle);
 }
@@ -467,18 +507,15 @@ void _KepXMLParserData::characters(char const* text, int length) {
 void _KepXMLParserData::flushText(bool force) {
   if (!textPending && !force) return;
   bool cdata = inCData;
-  KepString text;
-  if (overflowing) {
-    text = overflow.toString();
-    overflow = KepStringBuffer();
-  } else if (pendingLength > 0 || cdata) {
-    text = shortText(pending, static_cast<size_t>(pendingLength));
-  }
-  int length = pendingLength;
+  bool overflowed = overflowing;
+  int length = overflowed ? -1 : pendingLength;
   textPending = false;
   pendingLength = 0;
   overflowing = false;
-  if (!building() || parents.size() < 2) return;
+  if (!building() || parents.size() < 2) {
+    if (overflowed) overflow = KepStringBuffer();
+    return;
+  }
   KepRDOMParentNode* parent = parents.back();
   // A lone tab or line feed between elements is layout, not content, unless
   // the element keeps its white space.
@@ -486,11 +523,18 @@ void _KepXMLParserData::flushText(bool force) {
     KepRDOMElement* element = parent->asElement();
     if (element == nullptr || !element->preservesSpace()) return;
   }
+  // The node goes into the tree first, which then owns it: nothing that may
+  // throw comes between its creation and its link. Nobody sees it before its
+  // text is set.
   KepRDOMText* node = cdata ? new KepRDOMCDATASection() : new KepRDOMText();
-  KepObject holder(static_cast<KepBridgeToObject*>(node));
-  node->initData(text);
   node->adoptOne(anchor);
   parent->appendFresh(node);
+  if (overflowed) {
+    node->initData(overflow.toString());
+    overflow = KepStringBuffer();
+  } else if (length > 0 || cdata) {
+    node->adoptData(textBody(pending, static_cast<size_t>(length)));
+  }
   parent->childrenChanged();
 }
 

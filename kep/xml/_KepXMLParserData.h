@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kep/base/KepRObject.h"
 #include "kep/base/KepString.h"
 #include "kep/base/KepStringBuffer.h"
 #include "kep/xml/KepXMLParser.h"
@@ -96,9 +97,30 @@ class _KepXMLParserData {
   Names makeNames(std::string const& prefix, std::string const& local, std::string const& uri);
   // The URI bound to `prefix` in the innermost declaration, or null.
   std::string const* lookupPrefix(char const* prefix, size_t length) const;
+  // One counted reference on a new body, dropped when the hold ends (which
+  // frees a body that nothing else took): cheaper than a handle.
+  class Hold {
+   public:
+    Hold() noexcept = default;
+    explicit Hold(KepRObject* b) { reset(b); }
+    ~Hold() {
+      if (body != nullptr) body->release();
+    }
+    Hold(Hold const&) = delete;
+    Hold& operator=(Hold const&) = delete;
+    void reset(KepRObject* b) {
+      if (b != nullptr) b->addRef();
+      if (body != nullptr) body->release();
+      body = b;
+    }
+
+   private:
+    KepRObject* body = nullptr;
+  };
   // Makes the element's body: an object of the class named by "dt" or
-  // "ElementId" (unless in standard-DOM mode), else a plain element.
-  KepRDOMElement* makeElement(char const** attributes, KepObject& holder);
+  // "ElementId" (unless in standard-DOM mode), held by `holder`, else a plain
+  // element, held by `hold`.
+  KepRDOMElement* makeElement(char const** attributes, KepObject& holder, Hold& hold);
   // Sets the attributes (all but "xs", which names the service) and the
   // namespace declarations this element made, as "xmlns" attributes.
   void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
@@ -158,16 +180,18 @@ class _KepXMLParserData {
   std::string nameBytes;
   size_t slotsUsed = 0;
 
-  // Short texts and attribute values met before, shared by the nodes that
-  // hold the same bytes (strings never change). Direct-mapped by a hash of the
-  // bytes: a collision replaces the older entry.
-  KepString shortText(char const* bytes, size_t length);
+  // The string body of `length` bytes widened, with one reference for the
+  // caller (null when it could not be allocated). Short texts and attribute
+  // values met before are shared by the nodes that hold the same bytes
+  // (strings never change): direct-mapped by a hash of the bytes, a collision
+  // replaces the older entry.
+  KepRObject* textBody(char const* bytes, size_t length);
   static constexpr size_t kShortText = 24;
   static constexpr size_t kShortSlots = 512;
   struct ShortSlot {
     uint8_t length = 0;
     char bytes[kShortText];
-    KepString text;
+    KepRObject* text = nullptr;  // counted
   };
   std::vector<ShortSlot> shortTexts;
 
