@@ -81,32 +81,38 @@ void KepDebugger::destroy() {
 
 int KepDebugger::initCount() { return gDebuggerInitCount.load(std::memory_order_relaxed); }
 
-void KepDebugger::notifyObjectCreate(KepRObject* body) {
-  gLiveObjects.fetch_add(1, std::memory_order_relaxed);
+namespace {
+
+// Counts one instance in or out and keeps the matching live set in step.
+template <class T>
+void track(std::atomic<int64_t>& live, std::unordered_set<T const*> LiveSet::*members, T* item,
+           bool created) {
+  live.fetch_add(created ? 1 : -1, std::memory_order_relaxed);
   LiveSet& s = liveSet();
   std::lock_guard<std::mutex> guard(s.mutex);
-  s.bodies.insert(body);
+  if (created) {
+    (s.*members).insert(item);
+  } else {
+    (s.*members).erase(item);
+  }
+}
+
+}  // namespace
+
+void KepDebugger::notifyObjectCreate(KepRObject* body) {
+  track(gLiveObjects, &LiveSet::bodies, body, true);
 }
 
 void KepDebugger::notifyObjectDestroy(KepRObject* body) {
-  gLiveObjects.fetch_sub(1, std::memory_order_relaxed);
-  LiveSet& s = liveSet();
-  std::lock_guard<std::mutex> guard(s.mutex);
-  s.bodies.erase(body);
+  track(gLiveObjects, &LiveSet::bodies, body, false);
 }
 
 void KepDebugger::notifyBridgeCreate(KepObject* handle) {
-  gLiveBridges.fetch_add(1, std::memory_order_relaxed);
-  LiveSet& s = liveSet();
-  std::lock_guard<std::mutex> guard(s.mutex);
-  s.handles.insert(handle);
+  track(gLiveBridges, &LiveSet::handles, handle, true);
 }
 
 void KepDebugger::notifyBridgeDestroy(KepObject* handle) {
-  gLiveBridges.fetch_sub(1, std::memory_order_relaxed);
-  LiveSet& s = liveSet();
-  std::lock_guard<std::mutex> guard(s.mutex);
-  s.handles.erase(handle);
+  track(gLiveBridges, &LiveSet::handles, handle, false);
 }
 
 void KepDebugger::debugRegisterTagName(KepString const&, int) {

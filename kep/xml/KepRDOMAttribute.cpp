@@ -13,14 +13,7 @@ KepRDOMAttribute::~KepRDOMAttribute() {
   if (value != nullptr) value->release();
 }
 
-void KepRDOMAttribute::assign(KepString const& text) {
-  KepRObject* body = text.getRealKepObj();
-  if (body == value) return;
-  if (body != nullptr) body->addRef();
-  KepRObject* old = value;
-  value = body;
-  if (old != nullptr) old->release();
-}
+void KepRDOMAttribute::assign(KepString const& text) { _KepDOMHoldBody(value, text); }
 
 KepString KepRDOMAttribute::valueRef() const { return _KepDOMHandle<KepString>(value); }
 

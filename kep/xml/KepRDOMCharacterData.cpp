@@ -29,14 +29,7 @@ KepRDOMCharacterData::~KepRDOMCharacterData() {
   if (data != nullptr) data->release();
 }
 
-void KepRDOMCharacterData::assign(KepString const& text) {
-  KepRObject* body = text.getRealKepObj();
-  if (body == data) return;
-  if (body != nullptr) body->addRef();
-  KepRObject* old = data;
-  data = body;
-  if (old != nullptr) old->release();
-}
+void KepRDOMCharacterData::assign(KepString const& text) { _KepDOMHoldBody(data, text); }
 
 KepString KepRDOMCharacterData::text() const { return _KepDOMHandle<KepString>(data); }
 

@@ -174,4 +174,15 @@ H _KepDOMHandle(KepRObject const* body) {
                             : static_cast<KepBridgeToObject*>(b));
 }
 
+// Makes `slot` hold a counted reference on the body of `text` (null for a null
+// handle), releasing the body it held before. Holding the same body is a no-op.
+inline void _KepDOMHoldBody(KepRObject*& slot, KepString const& text) {
+  KepRObject* body = text.getRealKepObj();
+  if (body == slot) return;
+  if (body != nullptr) body->addRef();
+  KepRObject* old = slot;
+  slot = body;
+  if (old != nullptr) old->release();
+}
+
 #endif  // KEP_XML_KEPRDOMNODE_H
