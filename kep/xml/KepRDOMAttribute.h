@@ -36,6 +36,9 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
   // The value itself (null while none was set), for readers that only look
   // at it.
   KepString valueRef() const;
+  // The value's body itself (null while none was set), for readers that need
+  // no handle.
+  KepRObject const* valueBody() const noexcept { return value; }
   // Sets the value of an attribute nobody has seen yet, without notes.
   void initValue(KepString const& text) { assign(text); }
   // The same with a string body, whose reference (the caller's) the attribute

@@ -29,6 +29,8 @@ class KEP_API KepRDOMCharacterData : public KepRDOMChildNode {
   // The text (null while empty) and its length, for the library's own readers.
   KepString text() const;
   int textLength() const noexcept;
+  // The text's body itself (null while empty), for readers that need no handle.
+  KepRObject const* textBody() const noexcept { return data; }
   // Sets the text of a node nobody has seen yet, without notes.
   void initData(KepString const& text) { assign(text); }
   // The same with a string body, whose reference (the caller's) the node takes

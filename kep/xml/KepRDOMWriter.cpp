@@ -67,6 +67,12 @@ KepRDOMElement* elementBody(KepObject const& handle) {
 
 KepRString const* stringBody(KepString const& text) { return KepRString::of(text); }
 
+// A held text body as a string body, or null.
+KepRString const* stringBody(KepRObject const* body) {
+  if (body == nullptr || !body->isOfType(KepClassID::String)) return nullptr;
+  return static_cast<KepRString const*>(body);
+}
+
 // Process-wide table of named views for setView(service, name, reserved).
 struct ViewRegistry {
   std::mutex lock;
@@ -403,7 +409,7 @@ void KepRDOMWriter::printBody(KepRDOMNode* body) {
     }
     case KepDOMNode::TEXT_NODE:
       if (direct && body->isOfType(KepClassID::DOMCharacterData)) {
-        emitText(body, static_cast<KepRDOMCharacterData*>(body)->text());
+        emitText(body, stringBody(static_cast<KepRDOMCharacterData*>(body)->textBody()));
       } else {
         KepDOMText handle = _KepDOMHandle<KepDOMText>(body);
         KepString value = body->getNodeValue();
@@ -499,7 +505,12 @@ void KepRDOMWriter::emitElement(KepRDOMElement* body, int tag, KepDOMElement* ha
   if (!elementStep(KepDOMWriter::ELEMENT_BEFORE_ATTRIBUTES)) {
     for (int i = 0; attributes != nullptr && i < attributes->size(); ++i) {
       auto* item = static_cast<KepRDOMAttribute*>(attributes->at(i));
-      offerAttribute(body, handle, item, item->nodeTag(), item->valueRef());
+      if (handle == nullptr && view == nullptr) {
+        // Nothing to ask and nothing to filter: the value's body is written as it is.
+        emitAttribute(body, item, tagName(item->nodeTag()).name, stringBody(item->valueBody()));
+      } else {
+        offerAttribute(body, handle, item, item->nodeTag(), item->valueRef());
+      }
     }
   }
 
@@ -555,11 +566,17 @@ void KepRDOMWriter::_printAttribute(KepDOMElement& element, KepDOMAttribute& att
 
 void KepRDOMWriter::emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute,
                                   KepString const& name, KepString const& value) {
+  emitAttribute(element, attribute, name, stringBody(value));
+}
+
+void KepRDOMWriter::emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute,
+                                  KepString const& name, KepRString const* value) {
   if (!elementStep(KepDOMWriter::ATTRIBUTE_BEFORE)) {
     out.put(' ');
     putString(name);
     out.put("=\"", 2);
-    putString(value);  // attribute values are written as they stand
+    // Attribute values are written as they stand.
+    if (value != nullptr) out.putNarrow(value->units(), static_cast<size_t>(value->unitCount()));
     out.put('"');
   }
   if (!elementStep(KepDOMWriter::ATTRIBUTE_AFTER) && attribute != nullptr &&
@@ -589,10 +606,12 @@ void KepRDOMWriter::_printText(KepDOMText& text, KepString& value) {
 }
 
 void KepRDOMWriter::emitText(KepRDOMNode* node, KepString const& value) {
-  if (!askHook(node, KepDOMWriter::TEXT_BEFORE)) {
-    if (KepRString const* body = stringBody(value)) {
-      out.putEscaped(body->units(), static_cast<size_t>(body->unitCount()));
-    }
+  emitText(node, stringBody(value));
+}
+
+void KepRDOMWriter::emitText(KepRDOMNode* node, KepRString const* value) {
+  if (!askHook(node, KepDOMWriter::TEXT_BEFORE) && value != nullptr) {
+    out.putEscaped(value->units(), static_cast<size_t>(value->unitCount()));
   }
   askHook(node, KepDOMWriter::TEXT_AFTER);
 }

@@ -18,6 +18,7 @@ class KepDOMText;
 class KepDOMAttribute;
 class KepRDOMNode;
 class KepRDOMElement;
+class KepRString;
 struct _KepDOMWriterView;
 
 // The writer keeps its stream, its state, the has-children flag, the current
@@ -182,7 +183,11 @@ class KEP_API KepRDOMWriter : public KepRObject {
                       int nameTag, KepString const& value);
   void emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute, KepString const& name,
                      KepString const& value);
+  // The same two on the value's string body (null writes no value).
+  void emitAttribute(KepRDOMElement* element, KepRDOMNode* attribute, KepString const& name,
+                     KepRString const* value);
   void emitText(KepRDOMNode* node, KepString const& value);
+  void emitText(KepRDOMNode* node, KepRString const* value);
   // A CDATA section or comment: hook at `before`, `open`, the value, `close`,
   // hook at the state after `before`.
   void emitDelimited(KepRDOMNode* node, int before, char const* open, char const* close);
