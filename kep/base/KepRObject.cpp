@@ -6,11 +6,15 @@
 #include "kep/base/KepGlobals.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepString.h"
+#include "kep/base/_KepBodyArena.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
 #include "kep/multi/_KepThreadUnix.h"
 #include "kep/xml/KepDOMElement.h"
+
+// The placement byte lives in the padding behind the marker word.
+static_assert(sizeof(KepRObject) == 48, "KepRObject has no room to spare");
 
 namespace {
 
@@ -24,6 +28,7 @@ _KepSemaphore* asSemaphore(uint64_t word) {
 
 KepRObject::KepRObject()
     : KepBridgeToObject(kKepBodyMagic),
+      placement(0),
       refCount(0),
       ownerOrLock(_KepThrdId()),
       flags(kFlagPublish),
@@ -70,7 +75,12 @@ void KepRObject::release() const {
   } else {
     before = refCount.fetch_sub(1, std::memory_order_acq_rel);
   }
-  if (before == 1) delete self;
+  if (before != 1) return;
+  if (placement == kPlacedInArena) {
+    _KepBodyArena::destroy(self);
+  } else {
+    delete self;
+  }
 }
 
 KepObject* KepRObject::newBridge() { return new KepObject(this); }

@@ -73,6 +73,15 @@ class KEP_API KepRObject : public KepBridgeToObject {
   // The body's semaphore, made under the process semaphore when it is missing.
   _KepSemaphore* ensureSemaphore();
 
+ private:
+  friend class _KepBodyArena;
+  static constexpr uint8_t kPlacedInArena = 1;
+  // kPlacedInArena for a body that a _KepBodyArena placed in one of its chunks:
+  // its last release gives the memory back to the chunk. It fills the padding
+  // behind the marker word.
+  uint8_t placement;
+
+ protected:
   // References held on the body.
   mutable std::atomic<int64_t> refCount;
   // The creating thread's id until the semaphore exists, then the semaphore.

@@ -55,6 +55,14 @@ int dataTypeNamed(char const* name) {
   return 0;
 }
 
+// A string body in the parse's arena: a plain string whose units follow the
+// body in the same block, as in the heap's.
+class PlacedString final : public KepRString {
+ public:
+  explicit PlacedString(int n) noexcept : KepRString(n) {}
+};
+static_assert(sizeof(PlacedString) == sizeof(KepRString), "the units follow the body");
+
 _KepXMLParserData* dataOf(void* user) { return static_cast<_KepXMLParserData*>(user); }
 
 // The tokenizer is C code: nothing may unwind through it. A callback that runs
@@ -269,11 +277,22 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   return s.names;
 }
 
-KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
-  auto make = [&]() -> KepRObject* {
+KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
+  void* memory = nullptr;
+  if (length < kPlacedText) memory = arena.allocate(sizeof(KepRString) + (length + 1) * 2);
+  if (memory == nullptr) {
     return KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(bytes),
                                        static_cast<int>(length));
-  };
+  }
+  auto* body = ::new (memory) PlacedString(static_cast<int>(length));
+  _KepBodyArena::placed(body);
+  unsigned short* units = body->mutableUnits();
+  for (size_t i = 0; i < length; ++i) units[i] = static_cast<unsigned char>(bytes[i]);
+  return body;
+}
+
+KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
+  auto make = [&]() { return makeString(bytes, length); };
   if (length > kShortText) {
     KepRObject* body = make();
     if (body != nullptr) body->addRef();
@@ -335,7 +354,7 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
       if (dt && dataType == 0) dataType = dataTypeNamed(a[1]);
     }
   }
-  auto* element = new KepRDOMElement();
+  auto* element = arena.make<KepRDOMElement>();
   hold.reset(element);
   // A plain element written with its value's type ("int", "string" ...) gets
   // that type back.
@@ -389,7 +408,7 @@ void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
       for (char const** b = a; b[0] != nullptr; b += 2) ++left;
       list->reserve(left);
     }
-    auto* attribute = new KepRDOMAttribute();
+    auto* attribute = arena.make<KepRDOMAttribute>();
     Hold holder(attribute);
     attribute->setNames(names.id, names.prefix, names.local, names.uri);
     attribute->adoptValue(textBody(a[1], std::strlen(a[1])));
@@ -526,7 +545,8 @@ void _KepXMLParserData::flushText(bool force) {
   // The node goes into the tree first, which then owns it: nothing that may
   // throw comes between its creation and its link. Nobody sees it before its
   // text is set.
-  KepRDOMText* node = cdata ? new KepRDOMCDATASection() : new KepRDOMText();
+  KepRDOMText* node = cdata ? static_cast<KepRDOMText*>(arena.make<KepRDOMCDATASection>())
+                            : arena.make<KepRDOMText>();
   node->adoptOne(anchor);
   parent->appendFresh(node);
   if (overflowed) {

@@ -10,6 +10,7 @@
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepString.h"
 #include "kep/base/KepStringBuffer.h"
+#include "kep/base/_KepBodyArena.h"
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLParserEventHandler.h"
 
@@ -186,6 +187,11 @@ class _KepXMLParserData {
   // (strings never change): direct-mapped by a hash of the bytes, a collision
   // replaces the older entry.
   KepRObject* textBody(char const* bytes, size_t length);
+  // A new string body of `length` bytes widened, not counted yet; null when
+  // it could not be allocated.
+  KepRObject* makeString(char const* bytes, size_t length);
+  // Texts shorter than this are placed in the arena.
+  static constexpr size_t kPlacedText = 512;
   static constexpr size_t kShortText = 24;
   static constexpr size_t kShortSlots = 512;
   struct ShortSlot {
@@ -196,6 +202,9 @@ class _KepXMLParserData {
   std::vector<ShortSlot> shortTexts;
 
   bool failure = false;
+
+  // Where the nodes and the strings of the document are made.
+  _KepBodyArena arena;
 };
 
 #endif  // KEP_XML_KEPXMLPARSERDATA_H
