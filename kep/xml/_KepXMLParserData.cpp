@@ -141,7 +141,7 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
     target.assign(s->units(), s->units() + s->unitCount());
   }
   // The prefix "xml" is bound without a declaration.
-  bindings.push_back(Binding{"xml", kXmlNamespace});
+  pushBinding("xml", kXmlNamespace);
   slots.resize(256);
 }
 
@@ -176,13 +176,46 @@ void _KepXMLParserData::stop() {
 
 // --- Names -----------------------------------------------------------------------
 
-std::string const* _KepXMLParserData::lookupPrefix(char const* prefix, size_t length) const {
-  for (auto it = bindings.rbegin(); it != bindings.rend(); ++it) {
-    if (it->prefix.size() == length && std::memcmp(it->prefix.data(), prefix, length) == 0) {
-      return &it->uri;
-    }
+namespace {
+
+// The bit of `prefixBits` for a prefix of `length` bytes starting with `first`.
+uint64_t prefixBit(size_t length, char first) {
+  return uint64_t{1} << ((length * 7 + static_cast<unsigned char>(first)) & 63);
+}
+
+}  // namespace
+
+void _KepXMLParserData::pushBinding(char const* prefix, char const* uri) {
+  int index = static_cast<int>(bindings.size());
+  bindings.push_back(Binding{prefix != nullptr ? prefix : "", uri != nullptr ? uri : "", -1});
+  Binding& b = bindings.back();
+  auto placed = innermost.emplace(b.prefix, index);
+  if (!placed.second) {
+    b.shadowed = placed.first->second;
+    placed.first->second = index;
   }
-  return nullptr;
+  if (!b.prefix.empty()) prefixBits |= prefixBit(b.prefix.size(), b.prefix[0]);
+  ++epoch;
+}
+
+void _KepXMLParserData::popBindings(size_t count) {
+  for (; count > 0; --count) {
+    Binding const& b = bindings.back();
+    if (b.shadowed >= 0) {
+      innermost[b.prefix] = b.shadowed;
+    } else {
+      innermost.erase(b.prefix);
+    }
+    bindings.pop_back();
+    ++epoch;
+  }
+}
+
+_KepXMLParserData::Binding const* _KepXMLParserData::lookupPrefix(char const* prefix,
+                                                                  size_t length) const {
+  if (length == 0 || (prefixBits & prefixBit(length, prefix[0])) == 0) return nullptr;
+  auto it = innermost.find(std::string(prefix, length));
+  return it != innermost.end() ? &bindings[static_cast<size_t>(it->second)] : nullptr;
 }
 
 _KepXMLParserData::Names _KepXMLParserData::makeNames(std::string const& prefix,
@@ -204,8 +237,28 @@ _KepXMLParserData::Names _KepXMLParserData::makeNames(std::string const& prefix,
   return n;
 }
 
-_KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
+_KepXMLParserData::Names _KepXMLParserData::resolve(char const* raw) {
   size_t length = std::strlen(raw);
+  uint64_t head = 0;
+  uint64_t tail = 0;
+  size_t edge = length < sizeof head ? length : sizeof head;
+  std::memcpy(&head, raw, edge);
+  std::memcpy(&tail, raw + length - edge, edge);
+  uint64_t key = (head * 0x9e3779b97f4a7c15ull) ^ (tail * 0xc2b2ae3d27d4eb4full) ^ length;
+  Recent& r = recent[(key >> 32) & (kRecentSlots - 1)];
+  if (r.epoch == epoch && r.length == length &&
+      std::memcmp(nameBytes.data() + r.offset, raw, length) == 0) {
+    return r.names;
+  }
+  Slot const& slot = resolveSlot(raw, length);
+  r.epoch = epoch;
+  r.length = static_cast<uint32_t>(length);
+  r.offset = slot.offset;
+  r.names = slot.names;
+  return slot.names;
+}
+
+_KepXMLParserData::Slot const& _KepXMLParserData::resolveSlot(char const* raw, size_t length) {
   char const* colon = nullptr;
   for (size_t i = length; i > 0 && colon == nullptr; --i) {
     if (raw[i - 1] == ':') colon = raw + i - 1;
@@ -217,7 +270,8 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   bool prefixed = false;
   if (colon != nullptr) {
     size_t restLength = static_cast<size_t>(colon - raw);
-    std::string const* uri = lookupPrefix(colon + 1, length - restLength - 1);
+    Binding const* binding = lookupPrefix(colon + 1, length - restLength - 1);
+    std::string const* uri = binding != nullptr ? &binding->uri : nullptr;
     if (uri != nullptr && !uri->empty() && restLength > uri->size() + 1 &&
         std::memcmp(raw, uri->data(), uri->size()) == 0 && raw[uri->size()] == ':' &&
         std::memchr(raw + uri->size() + 1, ':', restLength - uri->size() - 1) == nullptr) {
@@ -237,7 +291,7 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
     if (s.hash == h && s.length == length + 1 &&
         std::memcmp(nameBytes.data() + s.offset, raw, length) == 0 &&
         nameBytes[s.offset + length] == decision) {
-      return s.names;
+      return s;
     }
   }
   Names names;
@@ -274,7 +328,7 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   nameBytes.append(raw, length);
   nameBytes.push_back(decision);
   ++slotsUsed;
-  return s.names;
+  return s;
 }
 
 KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
@@ -317,14 +371,14 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
 // --- Elements ----------------------------------------------------------------------
 
 void _KepXMLParserData::startNamespace(char const* prefix, char const* uri) {
-  bindings.push_back(Binding{prefix != nullptr ? prefix : "", uri != nullptr ? uri : ""});
+  pushBinding(prefix, uri);
   ++pendingDeclarations;
 }
 
 void _KepXMLParserData::enterPath(char const* name) {
   pathLengths.push_back(path.size());
   if (!path.empty()) path.push_back('.');
-  Names const& names = resolve(name);
+  Names const names = resolve(name);
   // The path is made of the names the elements get, prefixes included.
   KepString qualified = KepRDOMNode::nameOf(names.id);
   if (KepRString const* s = KepRString::of(qualified)) {
@@ -362,82 +416,105 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
   return element;
 }
 
-namespace {
-
-// The prefix part of a name as the tokenizer delivers it, when the name was
-// taken for a prefixed one: the part after the last colon.
-char const* prefixOf(char const* raw, bool prefixed) {
-  if (!prefixed) return "";
-  char const* colon = std::strrchr(raw, ':');
-  return colon != nullptr ? colon + 1 : "";
-}
-
-}  // namespace
-
 void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
                                       char const** attributes) {
   // The declarations go where the DOM writer puts them, so that what it wrote
   // reads back into the same attribute order: the one binding the element's
   // own prefix first, each one binding an attribute's prefix right after that
   // attribute, the others last.
-  size_t firstDeclaration = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
-  size_t declarations = bindings.size() - firstDeclaration;
-  // The tokenizer lets no two attributes of one element have the same name, or
-  // the same URI and local name, and reports no declarations among them: while
-  // the element had no attributes of its own before, they are appended without
-  // the map's checks.
-  KepRDOMAttributeList* before = element->existingAttributes();
-  bool fresh = before == nullptr || before->size() == 0;
-  if (declarations > 0) {
-    placed.assign(declarations, false);
-    Names const& own = resolve(name);
-    addDeclaration(element, firstDeclaration, prefixOf(name, own.prefix != 0));
-  }
-  KepRDOMAttributeList* list = nullptr;
+  size_t first = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
+  int count = static_cast<int>(bindings.size() - first);
+  for (char const** a = attributes; a[0] != nullptr; a += 2) ++count;
+  if (count == 0) return;
+  attributeOwner = element;
+  map = nullptr;
+  mapRoom = count;
+  if (first < bindings.size()) addDeclaration(first, ownPrefix(name));
   for (char const** a = attributes; a[0] != nullptr; a += 2) {
-    if (std::strcmp(a[0], "xs") == 0) {
+    if (a[0][0] == 'x' && a[0][1] == 's' && a[0][2] == 0) {
       int service = KepProcess::nameToTag(widened(a[1]));
       if (service != 0) element->setService(service);
       continue;
     }
     Names const names = resolve(a[0]);
     if (names.id == 0) continue;
-    if (list == nullptr) {
-      list = element->attributeList();
-      int left = 0;
-      for (char const** b = a; b[0] != nullptr; b += 2) ++left;
-      list->reserve(left);
-    }
-    auto* attribute = arena.make<KepRDOMAttribute>();
-    Hold holder(attribute);
-    attribute->setNames(names.id, names.prefix, names.local, names.uri);
-    attribute->adoptValue(textBody(a[1], std::strlen(a[1])));
-    if (fresh) {
-      list->appendChecked(attribute);
-    } else {
-      bool refused = false;
-      list->put(attribute, names.uri != 0, refused);
-    }
-    if (declarations > 0 && names.prefix != 0) {
-      addDeclaration(element, firstDeclaration, prefixOf(a[0], true));
-    }
+    addAttribute(names, a[1], std::strlen(a[1]), names.uri != 0);
+    if (names.prefix != 0 && first < bindings.size()) addDeclaration(first, ownPrefix(a[0]));
   }
-  for (size_t i = 0; i < declarations; ++i) {
-    if (!placed[i])
-      addDeclaration(element, firstDeclaration, bindings[firstDeclaration + i].prefix.c_str());
-  }
+  for (size_t i = first; i < bindings.size(); ++i) addDeclaration(first, bindings[i].prefix);
+  attributeOwner = nullptr;
+  map = nullptr;
 }
 
-void _KepXMLParserData::addDeclaration(KepRDOMElement* element, size_t first, char const* prefix) {
-  static KepString const xmlnsUri(kXmlnsNamespace);
-  for (size_t i = 0; i + first < bindings.size(); ++i) {
-    Binding const& b = bindings[first + i];
-    if (placed[i] || b.prefix != prefix) continue;
-    placed[i] = true;
-    std::string attributeName = b.prefix.empty() ? std::string("xmlns") : "xmlns:" + b.prefix;
-    element->setAttributeNS(xmlnsUri, widened(attributeName.data(), attributeName.size()),
-                            widened(b.uri.data(), b.uri.size()));
-    return;
+std::string _KepXMLParserData::ownPrefix(char const* raw) {
+  Names const names = resolve(raw);
+  if (names.prefix == 0) return std::string();
+  char const* colon = std::strrchr(raw, ':');
+  return colon != nullptr ? std::string(colon + 1) : std::string();
+}
+
+void _KepXMLParserData::addDeclaration(size_t first, std::string const& prefix) {
+  auto it = innermost.find(prefix);
+  if (it == innermost.end() || static_cast<size_t>(it->second) < first) return;
+  Binding& b = bindings[static_cast<size_t>(it->second)];
+  if (b.added) return;
+  b.added = true;
+  // "xmlns" or "xmlns:" and the prefix, in the namespace of declarations.
+  if (xmlnsTag == 0) {
+    xmlnsTag = tagOfBytes("xmlns");
+    xmlnsUriTag = tagOfBytes(kXmlnsNamespace);
+  }
+  Names names;
+  names.uri = xmlnsUriTag;
+  if (b.prefix.empty()) {
+    names.id = xmlnsTag;
+    names.local = xmlnsTag;
+  } else {
+    names.id = tagOfBytes("xmlns:" + b.prefix);
+    names.prefix = xmlnsTag;
+    names.local = tagOfBytes(b.prefix);
+  }
+  addAttribute(names, b.uri.data(), b.uri.size(), true);
+}
+
+KepRDOMAttributeList* _KepXMLParserData::attributeMap() {
+  if (KepRDOMAttributeList* existing = attributeOwner->existingAttributes()) {
+    preset = existing->size();
+    existing->reserve(mapRoom);
+    return existing;
+  }
+  preset = 0;
+  KepRDOMAttributeList* list = attributeOwner->attributeList();
+  list->reserve(mapRoom);
+  return list;
+}
+
+bool _KepXMLParserData::clashesWithPreset(Names const& names, bool byNS) const {
+  for (int i = 0; i < preset; ++i) {
+    KepRDOMNode const* other = map->at(i);
+    if (byNS ? other->uriTag() == names.uri && other->localOrNodeTag() == names.local
+             : other->nodeTag() == names.id) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void _KepXMLParserData::addAttribute(Names const& names, char const* bytes, size_t length,
+                                     bool byNS) {
+  if (map == nullptr) map = attributeMap();
+  auto* attribute = arena.make<KepRDOMAttribute>();
+  Hold holder(attribute);
+  attribute->setNames(names.id, names.prefix, names.local, names.uri);
+  attribute->adoptValue(textBody(bytes, length));
+  // The tokenizer lets no two attributes of one element have the same name, or
+  // the same URI and local name, and reports no declaration twice: only the
+  // attributes the element had before the parser came can have the same name.
+  if (preset == 0 || !clashesWithPreset(names, byNS)) {
+    map->appendChecked(attribute);
+  } else {
+    bool refused = false;
+    map->put(attribute, byNS, refused);
   }
 }
 
@@ -501,7 +578,7 @@ void _KepXMLParserData::endElement() {
   }
   int count = declarationsPerLevel.back();
   declarationsPerLevel.pop_back();
-  bindings.resize(bindings.size() - static_cast<size_t>(count));
+  popBindings(static_cast<size_t>(count));
   if (matchDepth == depth) matchDepth = 0;
   --depth;
 }

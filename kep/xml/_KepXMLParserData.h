@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "kep/base/KepRObject.h"
@@ -14,6 +15,7 @@
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLParserEventHandler.h"
 
+class KepRDOMAttributeList;
 class KepRDOMDocument;
 class KepRDOMElement;
 class KepRDOMNode;
@@ -80,8 +82,10 @@ class _KepXMLParserData {
   struct Binding {
     std::string prefix;  // empty for the default namespace
     std::string uri;     // empty when the default namespace is undeclared
+    int shadowed;        // the binding of the same prefix this one hides, or -1
+    bool added = false;  // its "xmlns" attribute is on its element already
   };
-  // One slot of the name cache.
+  // One entry of the name table.
   struct Slot {
     uint64_t hash = 0;
     uint32_t offset = 0;
@@ -89,15 +93,31 @@ class _KepXMLParserData {
     bool used = false;
     Names names;
   };
+  // One entry of the table of recent names (see resolve()).
+  struct Recent {
+    uint32_t epoch = 0;
+    uint32_t length = 0;
+    uint32_t offset = 0;
+    Names names;
+  };
 
   // Whether elements are built at the current position.
   bool building() const noexcept { return target.empty() || matchDepth != 0; }
   // The tags of a name as the tokenizer delivers it: "name", "uri:name" or
   // "uri:name:prefix", where the URI may hold colons itself.
-  Names const& resolve(char const* raw);
+  //
+  // A name met under the same declarations as a moment ago is found in the
+  // table of recent names by its length and its first and last bytes, and
+  // compared; otherwise the decision whether the last part is a prefix is taken
+  // and the name looked up in the name table by a hash of all its bytes.
+  Names resolve(char const* raw);
+  Slot const& resolveSlot(char const* raw, size_t length);
   Names makeNames(std::string const& prefix, std::string const& local, std::string const& uri);
-  // The URI bound to `prefix` in the innermost declaration, or null.
-  std::string const* lookupPrefix(char const* prefix, size_t length) const;
+  // The innermost binding of `prefix`, or null.
+  Binding const* lookupPrefix(char const* prefix, size_t length) const;
+  // Brings a declaration into scope, and takes the last `count` out again.
+  void pushBinding(char const* prefix, char const* uri);
+  void popBindings(size_t count);
   // One counted reference on a new body, dropped when the hold ends (which
   // frees a body that nothing else took): cheaper than a handle.
   class Hold {
@@ -125,9 +145,23 @@ class _KepXMLParserData {
   // Sets the attributes (all but "xs", which names the service) and the
   // namespace declarations this element made, as "xmlns" attributes.
   void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
-  // Adds the first declaration of this element (from bindings[first]) that
-  // binds `prefix` and is not added yet.
-  void addDeclaration(KepRDOMElement* element, size_t first, char const* prefix);
+  // The prefix of a name as the tokenizer delivers it, when the name is taken
+  // for a prefixed one: its last part; else empty.
+  std::string ownPrefix(char const* raw);
+  // Adds the declaration of `prefix` as an "xmlns" attribute, when this
+  // element (whose declarations start at bindings[first]) made it and it is
+  // not added yet.
+  void addDeclaration(size_t first, std::string const& prefix);
+  // Adds an attribute with the tags `names` and the value `bytes` to the
+  // element's attribute map; `byNS`: a namespaced name (compared by URI and
+  // local name).
+  void addAttribute(Names const& names, char const* bytes, size_t length, bool byNS);
+  // The attribute map of the element being started, with room for the
+  // attributes to come; notes how many it held before.
+  KepRDOMAttributeList* attributeMap();
+  // Whether one of the attributes the element had before (the first `preset`
+  // of its map) has the same name.
+  bool clashesWithPreset(Names const& names, bool byNS) const;
   // Appends the pending text to the current parent as a text node (a CDATA
   // section inside CDATA; `force` makes an empty section too).
   void flushText(bool force = false);
@@ -158,12 +192,27 @@ class _KepXMLParserData {
 
   // Namespace declarations in scope, innermost last, and how many each open
   // element made; declarations reported before an element starts wait in
-  // `pendingDeclarations`.
+  // `pendingDeclarations`. `innermost` finds the binding of a prefix,
+  // `prefixBits` tells at a glance that most names' last parts are no bound
+  // prefix (a bit per length and first byte, set for every prefix ever
+  // bound), and `epoch` changes with every declaration that comes or goes.
   std::vector<Binding> bindings;
+  std::unordered_map<std::string, int> innermost;
+  uint64_t prefixBits = 0;
+  uint32_t epoch = 1;
   std::vector<int> declarationsPerLevel;
   int pendingDeclarations = 0;
-  // Which of the current element's declarations are added already.
-  std::vector<bool> placed;
+
+  // While an element's attributes are set: the element, its map (made at the
+  // first attribute), the room it is to have and how many attributes it held
+  // before.
+  KepRDOMElement* attributeOwner = nullptr;
+  KepRDOMAttributeList* map = nullptr;
+  int mapRoom = 0;
+  int preset = 0;
+  // The tags of "xmlns" and of the namespace of declarations, once needed.
+  int xmlnsTag = 0;
+  int xmlnsUriTag = 0;
 
   // Pending character data: up to 1024 bytes here, then everything in
   // `overflow`.
@@ -180,6 +229,8 @@ class _KepXMLParserData {
   std::vector<Slot> slots;
   std::string nameBytes;
   size_t slotsUsed = 0;
+  static constexpr size_t kRecentSlots = 64;
+  Recent recent[kRecentSlots];
 
   // The string body of `length` bytes widened, with one reference for the
   // caller (null when it could not be allocated). Short texts and attribute
