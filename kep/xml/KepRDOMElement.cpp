@@ -134,12 +134,14 @@ void KepRDOMElement::copyInto(KepRDOMNode& copy) const {
 // --- Attributes ----------------------------------------------------------------
 
 KepRDOMAttributeList* KepRDOMElement::attributeList() {
-  if (attributes == nullptr) {
-    attributes = new KepRDOMAttributeList();
-    attributes->addRef();
-    attributes->setOwner(this);
-  }
+  if (attributes == nullptr) adoptAttributeList(new KepRDOMAttributeList());
   return attributes;
+}
+
+void KepRDOMElement::adoptAttributeList(KepRDOMAttributeList* list) {
+  list->addRef();
+  list->setOwner(this);
+  attributes = list;
 }
 
 KepRDOMAttribute* KepRDOMElement::findAttribute(int tag) const {

@@ -61,6 +61,9 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
 
   // The attribute map, made on first use; or null when none was made yet.
   KepRDOMAttributeList* attributeList();
+  // Makes `list` (new, empty, not counted yet) the attribute map of this
+  // element, which has none yet.
+  void adoptAttributeList(KepRDOMAttributeList* list);
   KepRDOMAttributeList* existingAttributes() const noexcept { return attributes; }
   // The attribute named `tag`, or of that URI and local name; null when none.
   KepRDOMAttribute* findAttribute(int tag) const;

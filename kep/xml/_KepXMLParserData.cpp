@@ -484,6 +484,16 @@ KepRDOMAttributeList* _KepXMLParserData::attributeMap() {
     return existing;
   }
   preset = 0;
+  // A new map is placed in the arena with room for the attributes behind it.
+  size_t const room = static_cast<size_t>(mapRoom) * sizeof(KepRDOMNode*);
+  if (void* memory = arena.allocate(sizeof(KepRDOMAttributeList) + room)) {
+    auto* slots =
+        reinterpret_cast<KepRDOMNode**>(static_cast<char*>(memory) + sizeof(KepRDOMAttributeList));
+    auto* list = ::new (memory) KepRDOMAttributeList(slots, mapRoom);
+    _KepBodyArena::placed(list);
+    attributeOwner->adoptAttributeList(list);
+    return list;
+  }
   KepRDOMAttributeList* list = attributeOwner->attributeList();
   list->reserve(mapRoom);
   return list;

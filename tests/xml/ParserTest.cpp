@@ -28,6 +28,15 @@ TEST(XMLParserTree, ElementsAttributesAndTextInDocumentOrder) {
   EXPECT_EQ(r.getAttributes().getLength(), 2);
   EXPECT_EQ(text(r.get("Item", 1).getAttribute("n")), "2");
   EXPECT_EQ(r.getNodeID(), KepNameToTag("Root"));
+  // The map was made with room for exactly the parsed attributes; it grows
+  // and shrinks like any other.
+  for (char const* name : {"c", "d", "e"}) r.setAttribute(name, name);
+  r.removeAttribute("a");
+  KepDOMNamedNodeMap map = r.getAttributes();
+  std::string names;
+  for (int i = 0; i < map.getLength(); ++i) names += text(map.item(i).getNodeName());
+  EXPECT_EQ(names, "bcde");
+  EXPECT_EQ(text(r.getAttribute("e")), "e");
 }
 
 TEST(XMLParserTree, TextAndAttributesAreWidenedByteByByte) {
