@@ -4,6 +4,7 @@
 
 #include <new>
 #include <string>
+#include <thread>
 
 #include "ParserTestSupport.h"
 
@@ -90,6 +91,36 @@ TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
   EXPECT_EQ(text(first.getString()), "same!");
   EXPECT_EQ(text(r.get("i", 1).getString()), "same");
   EXPECT_EQ(text(r.get("i", 1).getAttribute("v")), "same");
+}
+
+TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
+  // Enough nodes to fill many of the blocks the parser places its nodes in.
+  std::string xml = "<r>";
+  for (int i = 0; i < 3000; ++i) {
+    xml += "<e n=\"" + std::to_string(i) + "\">text " + std::to_string(i) + "</e>";
+  }
+  xml += "</r>";
+  KepDOMElement kept;
+  KepDOMAttribute keptAttribute;
+  KepDOMNode keptText;
+  {
+    KepDOMElement r = root(xml);
+    ASSERT_FALSE(r.isNull());
+    kept = r.get("e", 1500);
+    keptAttribute = kept.getAttributeNode("n");
+    keptText = r.get("e", 2999).getFirstChild();
+  }
+  EXPECT_TRUE(kept.getParentNode().isNull());
+  EXPECT_EQ(text(kept.getString()), "text 1500");
+  EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept));
+  // The last holders go on another thread.
+  std::thread([&] {
+    EXPECT_EQ(text(keptText.getNodeValue()), "text 2999");
+    kept = KepDOMElement();
+    EXPECT_EQ(text(keptAttribute.getValue()), "1500");
+    keptAttribute = KepDOMAttribute();
+    keptText = KepDOMNode();
+  }).join();
 }
 
 TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
