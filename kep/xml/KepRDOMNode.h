@@ -11,7 +11,6 @@ class KepRDOMParentNode;
 class KepRDOMElement;
 class KepXMLParser;
 struct _KepDOMDocAnchor;
-struct _KepDOMCapture;
 
 // A node body holds the links of the tree and the four name tags. The parent
 // link, the sibling links and the owner-document link are not counted: the
@@ -149,6 +148,9 @@ class KEP_API KepRDOMNode : public KepRObject {
   void nameChanged();
 
   static constexpr uint32_t kPersistent = 1;
+  // The node has a change log (made by captureChangesON; the logs are kept
+  // apart from the nodes, which seldom have one).
+  static constexpr uint32_t kHasCapture = 2;
 
   KepRDOMNode* parent;
   KepRDOMNode* previous;
@@ -159,8 +161,6 @@ class KEP_API KepRDOMNode : public KepRObject {
   int32_t localID;
   int32_t uriID;
   uint32_t nodeFlags;
-  // The change log, made by the first captureChangesON().
-  _KepDOMCapture* capture;
 };
 
 // A handle of class H on `body`: on its outer object when one is registered,
