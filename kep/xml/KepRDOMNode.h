@@ -86,6 +86,10 @@ class KEP_API KepRDOMNode : public KepRObject {
   virtual void adoptOne(_KepDOMDocAnchor* anchor);
   // Moves the node and its whole subtree to the document of `anchor`.
   void adoptSubtree(_KepDOMDocAnchor* anchor);
+  // Puts a new node, which has no owner and nothing that moves with it yet, in
+  // the document of `anchor`, with a reference on `anchor` that the caller
+  // took for it.
+  void takeOwner(_KepDOMDocAnchor* anchor) noexcept { owner = anchor; }
 
   // Whether this node is `node` or one of its ancestors.
   bool isAncestorOf(KepRDOMNode const* node) const noexcept;

@@ -2,6 +2,7 @@
 
 #include <expat.h>
 
+#include <chrono>
 #include <cstring>
 #include <new>
 
@@ -15,6 +16,7 @@
 #include "kep/xml/KepRDOMElement.h"
 #include "kep/xml/KepRDOMText.h"
 #include "kep/xml/KepRXMLParser.h"
+#include "kep/xml/_KepDOMDocAnchor.h"
 
 namespace {
 
@@ -29,16 +31,51 @@ KepString widened(char const* bytes, size_t n) {
 KepString widened(char const* text) { return widened(text, std::strlen(text)); }
 
 // A hash of `n` bytes, eight at a time.
-uint64_t hashBytes(char const* p, size_t n) {
-  uint64_t h = 0x9e3779b97f4a7c15ull ^ n;
-  for (; n >= 8; p += 8, n -= 8) {
-    uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    h = (h ^ word) * 0xff51afd7ed558ccdull;
+uint64_t load64(char const* p) {
+  uint64_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+uint32_t load32(char const* p) {
+  uint32_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+// The first and the last bytes of `n` bytes as one word each (overlapping, or
+// the same bytes, for short runs): every byte is in one of them.
+void edges(char const* p, size_t n, uint64_t& head, uint64_t& tail) {
+  if (n >= 8) {
+    head = load64(p);
+    tail = load64(p + n - 8);
+  } else if (n >= 4) {
+    head = load32(p);
+    tail = load32(p + n - 4);
+  } else if (n > 0) {
+    head = static_cast<unsigned char>(p[0]) | static_cast<unsigned>(p[n / 2]) << 8;
+    tail = static_cast<unsigned char>(p[n - 1]);
+  } else {
+    head = 0;
+    tail = 0;
+  }
+}
+
+// A hash of `n` bytes, eight at a time, from `seed`.
+uint64_t hashBytes(char const* p, size_t n, uint64_t seed) {
+  uint64_t h = seed ^ n;
+  uint64_t head;
+  uint64_t tail;
+  edges(p, n, head, tail);
+  if (n <= 8) {
+    h = (h ^ head) * 0xff51afd7ed558ccdull;
     h ^= h >> 32;
   }
-  uint64_t tail = 0;
-  std::memcpy(&tail, p, n);
+  // The words before the last eight bytes; those are the tail.
+  for (; n > 8; p += 8, n -= 8) {
+    h = (h ^ load64(p)) * 0xff51afd7ed558ccdull;
+    h ^= h >> 32;
+  }
   h = (h ^ tail) * 0xc4ceb9fe1a85ec53ull;
   return h ^ (h >> 29);
 }
@@ -140,12 +177,19 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
   if (KepRString const* s = KepRString::of(xpointer)) {
     target.assign(s->units(), s->units() + s->unitCount());
   }
+  // The hashes of the name table and the text cache are keyed for each parse,
+  // so that a document cannot be made to collide its names on purpose.
+  uint64_t where = reinterpret_cast<uintptr_t>(this);
+  uint64_t when =
+      static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+  seed = hashBytes(reinterpret_cast<char const*>(&where), sizeof where, when);
   // The prefix "xml" is bound without a declaration.
   pushBinding("xml", kXmlNamespace);
   slots.resize(256);
 }
 
 _KepXMLParserData::~_KepXMLParserData() {
+  if (anchorRefs > 0) anchor->release(anchorRefs);
   for (KepRDOMParentNode* parent : parents) parent->release();
   for (ShortSlot& slot : shortTexts) {
     if (slot.text != nullptr) slot.text->release();
@@ -239,11 +283,9 @@ _KepXMLParserData::Names _KepXMLParserData::makeNames(std::string const& prefix,
 
 _KepXMLParserData::Names _KepXMLParserData::resolve(char const* raw) {
   size_t length = std::strlen(raw);
-  uint64_t head = 0;
-  uint64_t tail = 0;
-  size_t edge = length < sizeof head ? length : sizeof head;
-  std::memcpy(&head, raw, edge);
-  std::memcpy(&tail, raw + length - edge, edge);
+  uint64_t head;
+  uint64_t tail;
+  edges(raw, length, head, tail);
   uint64_t key = (head * 0x9e3779b97f4a7c15ull) ^ (tail * 0xc2b2ae3d27d4eb4full) ^ length;
   Recent& r = recent[(key >> 32) & (kRecentSlots - 1)];
   if (r.epoch == epoch && r.length == length &&
@@ -283,7 +325,7 @@ _KepXMLParserData::Slot const& _KepXMLParserData::resolveSlot(char const* raw, s
   }
   // The key is the name's bytes and one byte for the decision taken.
   char const decision = prefixed ? '\1' : '\0';
-  uint64_t h = hashBytes(raw, length) + static_cast<uint64_t>(decision);
+  uint64_t h = hashBytes(raw, length, seed) + static_cast<uint64_t>(decision);
   size_t mask = slots.size() - 1;
   size_t i = static_cast<size_t>(h) & mask;
   for (; slots[i].used; i = (i + 1) & mask) {
@@ -341,23 +383,31 @@ KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
   auto* body = ::new (memory) PlacedString(static_cast<int>(length));
   _KepBodyArena::placed(body);
   unsigned short* units = body->mutableUnits();
-  for (size_t i = 0; i < length; ++i) units[i] = static_cast<unsigned char>(bytes[i]);
+  // Whole blocks of a fixed size, which the compiler turns into vector code.
+  size_t i = 0;
+  for (; i + 16 <= length; i += 16) {
+    for (size_t j = 0; j < 16; ++j) units[i + j] = static_cast<unsigned char>(bytes[i + j]);
+  }
+  for (; i < length; ++i) units[i] = static_cast<unsigned char>(bytes[i]);
   return body;
 }
 
 KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
-  auto make = [&]() { return makeString(bytes, length); };
+  auto make = [&]() {
+    KepRObject* body = makeString(bytes, length);
+    if (body == nullptr) throw std::bad_alloc();
+    return body;
+  };
   if (length > kShortText) {
     KepRObject* body = make();
-    if (body != nullptr) body->addRef();
+    body->addRef();
     return body;
   }
   if (shortTexts.empty()) shortTexts.resize(kShortSlots);
-  ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
+  ShortSlot& slot = shortTexts[hashBytes(bytes, length, seed) & (kShortSlots - 1)];
   if (slot.text == nullptr || slot.length != length ||
       std::memcmp(slot.bytes, bytes, length) != 0) {
     KepRObject* body = make();
-    if (body == nullptr) return nullptr;
     body->addRef();
     if (slot.text != nullptr) slot.text->release();
     slot.text = body;
@@ -390,13 +440,43 @@ void _KepXMLParserData::enterPath(char const* name) {
   }
 }
 
+void _KepXMLParserData::own(KepRDOMNode* node) {
+  if (anchorRefs == 0) {
+    anchor->addRef(kAnchorBatch);
+    anchorRefs = kAnchorBatch;
+  }
+  --anchorRefs;
+  node->takeOwner(anchor);
+}
+
+namespace {
+
+// 1 for "dt", 2 for "ElementId" (the attributes that name an element's class),
+// else 0.
+int classAttribute(char const* name) {
+  if (name[0] == 'd') return name[1] == 't' && name[2] == 0 ? 1 : 0;
+  if (name[0] == 'E') return std::strcmp(name, "ElementId") == 0 ? 2 : 0;
+  return 0;
+}
+
+}  // namespace
+
+bool _KepXMLParserData::namesClass(char const** attributes) const {
+  if ((mode & KepRXMLParser::kStandardDOM) != 0) return false;
+  for (char const** a = attributes; a[0] != nullptr; a += 2) {
+    if (classAttribute(a[0]) != 0) return true;
+  }
+  return false;
+}
+
 KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder,
                                                Hold& hold) {
   int dataType = 0;
   if ((mode & KepRXMLParser::kStandardDOM) == 0) {
     for (char const** a = attributes; a[0] != nullptr; a += 2) {
-      bool dt = std::strcmp(a[0], "dt") == 0;
-      if (!dt && std::strcmp(a[0], "ElementId") != 0) continue;
+      int kind = classAttribute(a[0]);
+      if (kind == 0) continue;
+      bool dt = kind == 1;
       holder = KepGetObject(widened(a[1]), 0);
       KepRObject* body = holder.getRealKepObj();
       KepRDOMElement* element = nullptr;
@@ -514,18 +594,22 @@ void _KepXMLParserData::addAttribute(Names const& names, char const* bytes, size
                                      bool byNS) {
   if (map == nullptr) map = attributeMap();
   auto* attribute = arena.make<KepRDOMAttribute>();
-  Hold holder(attribute);
+  own(attribute);
   attribute->setNames(names.id, names.prefix, names.local, names.uri);
-  attribute->adoptValue(textBody(bytes, length));
-  // The tokenizer lets no two attributes of one element have the same name, or
-  // the same URI and local name, and reports no declaration twice: only the
-  // attributes the element had before the parser came can have the same name.
+  // The map takes the attribute before anything that may fail: it has room
+  // for it already. The tokenizer lets no two attributes of one element have
+  // the same name, or the same URI and local name, and reports no declaration
+  // twice: only the attributes the element had before the parser came can
+  // have the same name.
   if (preset == 0 || !clashesWithPreset(names, byNS)) {
     map->appendChecked(attribute);
   } else {
+    Hold holder(attribute);
     bool refused = false;
     map->put(attribute, byNS, refused);
+    if (refused) return;
   }
+  attribute->adoptValue(textBody(bytes, length));
 }
 
 void _KepXMLParserData::startElement(char const* name, char const** attributes) {
@@ -537,8 +621,21 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   if (!building()) return;
 
   Names const names = resolve(name);
+  KepRDOMParentNode* parent = parents.back();
+  if (handler == nullptr && !namesClass(attributes)) {
+    // The common case: a plain element that goes straight into the tree, which
+    // holds it from then on.
+    auto* element = arena.make<KepRDOMElement>();
+    element->setNames(names.id, names.prefix, names.local, names.uri);
+    own(element);
+    parent->appendFresh(element);
+    parent->childrenChanged();
+    setAttributes(element, name, attributes);
+    enter(element);
+    return;
+  }
   // A factory-made element comes with its handle; a plain one is only held by
-  // a reference until its parent takes it.
+  // a reference until its parent or the handler takes it.
   KepObject holder;
   Hold hold;
   KepRDOMElement* element = makeElement(attributes, holder, hold);
@@ -555,7 +652,6 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   element->adoptOne(anchor);
   setAttributes(element, name, attributes);
 
-  KepRDOMParentNode* parent = parents.back();
   bool placed = false;
   if (handler != nullptr) {
     KepDOMElement offered(holder.isNull() ? KepObject(static_cast<KepBridgeToObject*>(element))
@@ -566,6 +662,10 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
     parent->appendFresh(element);
     parent->childrenChanged();
   }
+  enter(element);
+}
+
+void _KepXMLParserData::enter(KepRDOMElement* element) {
   parents.push_back(element);
   // The reference taken for `parents`.
   element->addRef();
@@ -634,7 +734,7 @@ void _KepXMLParserData::flushText(bool force) {
   // text is set.
   KepRDOMText* node = cdata ? static_cast<KepRDOMText*>(arena.make<KepRDOMCDATASection>())
                             : arena.make<KepRDOMText>();
-  node->adoptOne(anchor);
+  own(node);
   parent->appendFresh(node);
   if (overflowed) {
     node->initData(overflow.toString());

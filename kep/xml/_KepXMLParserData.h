@@ -142,6 +142,14 @@ class _KepXMLParserData {
   // "ElementId" (unless in standard-DOM mode), held by `holder`, else a plain
   // element, held by `hold`.
   KepRDOMElement* makeElement(char const** attributes, KepObject& holder, Hold& hold);
+  // Whether an attribute "dt" or "ElementId" may make the element an object
+  // (they do not in standard-DOM mode).
+  bool namesClass(char const** attributes) const;
+  // Puts a new node in the document. The references on the document's anchor
+  // are taken in batches: one locked instruction per batch, not per node.
+  void own(KepRDOMNode* node);
+  // Makes a new element, placed in the tree, the current parent.
+  void enter(KepRDOMElement* element);
   // Sets the attributes (all but "xs", which names the service) and the
   // namespace declarations this element made, as "xmlns" attributes.
   void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
@@ -169,6 +177,9 @@ class _KepXMLParserData {
   void enterPath(char const* name);
 
   _KepDOMDocAnchor* anchor;
+  // References on `anchor` taken for nodes still to come.
+  int64_t anchorRefs = 0;
+  static constexpr int64_t kAnchorBatch = 256;
   KepXMLParser parserHandle;
   int mode;
   KepXMLParserEventHandler* handler;
@@ -227,19 +238,22 @@ class _KepXMLParserData {
   // The names met so far, by their bytes as delivered (plus one byte telling
   // whether the last part was taken for a prefix).
   std::vector<Slot> slots;
+  // The key of this parse's hashes.
+  uint64_t seed = 0;
   std::string nameBytes;
   size_t slotsUsed = 0;
   static constexpr size_t kRecentSlots = 64;
   Recent recent[kRecentSlots];
 
   // The string body of `length` bytes widened, with one reference for the
-  // caller (null when it could not be allocated). Short texts and attribute
+  // caller; throws std::bad_alloc when it could not be allocated. Short texts and attribute
   // values met before are shared by the nodes that hold the same bytes
   // (strings never change): direct-mapped by a hash of the bytes, a collision
   // replaces the older entry.
   KepRObject* textBody(char const* bytes, size_t length);
   // A new string body of `length` bytes widened, not counted yet; null when
-  // it could not be allocated.
+  // it could not be allocated (textBody then throws std::bad_alloc, which
+  // stops the parse).
   KepRObject* makeString(char const* bytes, size_t length);
   // Texts shorter than this are placed in the arena.
   static constexpr size_t kPlacedText = 512;
