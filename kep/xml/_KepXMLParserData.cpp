@@ -392,7 +392,7 @@ KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
   return body;
 }
 
-KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
+KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length, bool attributeValue) {
   auto make = [&]() {
     KepRObject* body = makeString(bytes, length);
     if (body == nullptr) throw std::bad_alloc();
@@ -403,8 +403,11 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
     body->addRef();
     return body;
   }
-  if (shortTexts.empty()) shortTexts.resize(kShortSlots);
-  ShortSlot& slot = shortTexts[hashBytes(bytes, length, seed) & (kShortSlots - 1)];
+  if (shortTexts.empty()) shortTexts.resize(2 * kShortSlots);
+  // Attribute values and character data have a half of the slots each: the
+  // values repeat most, and the texts of a document do not push them out.
+  size_t at = hashBytes(bytes, length, seed) & (kShortSlots - 1);
+  ShortSlot& slot = shortTexts[attributeValue ? at + kShortSlots : at];
   if (slot.text == nullptr || slot.length != length ||
       std::memcmp(slot.bytes, bytes, length) != 0) {
     KepRObject* body = make();
@@ -609,7 +612,7 @@ void _KepXMLParserData::addAttribute(Names const& names, char const* bytes, size
     map->put(attribute, byNS, refused);
     if (refused) return;
   }
-  attribute->adoptValue(textBody(bytes, length));
+  attribute->adoptValue(textBody(bytes, length, true));
 }
 
 void _KepXMLParserData::startElement(char const* name, char const** attributes) {
@@ -740,7 +743,7 @@ void _KepXMLParserData::flushText(bool force) {
     node->initData(overflow.toString());
     overflow = KepStringBuffer();
   } else if (length > 0 || cdata) {
-    node->adoptData(textBody(pending, static_cast<size_t>(length)));
+    node->adoptData(textBody(pending, static_cast<size_t>(length), false));
   }
   parent->childrenChanged();
 }

@@ -250,7 +250,7 @@ class _KepXMLParserData {
   // values met before are shared by the nodes that hold the same bytes
   // (strings never change): direct-mapped by a hash of the bytes, a collision
   // replaces the older entry.
-  KepRObject* textBody(char const* bytes, size_t length);
+  KepRObject* textBody(char const* bytes, size_t length, bool attributeValue);
   // A new string body of `length` bytes widened, not counted yet; null when
   // it could not be allocated (textBody then throws std::bad_alloc, which
   // stops the parse).
