@@ -30,7 +30,6 @@ KepString widened(char const* bytes, size_t n) {
 
 KepString widened(char const* text) { return widened(text, std::strlen(text)); }
 
-// A hash of `n` bytes, eight at a time.
 uint64_t load64(char const* p) {
   uint64_t word;
   std::memcpy(&word, p, sizeof word);
@@ -53,7 +52,8 @@ void edges(char const* p, size_t n, uint64_t& head, uint64_t& tail) {
     head = load32(p);
     tail = load32(p + n - 4);
   } else if (n > 0) {
-    head = static_cast<unsigned char>(p[0]) | static_cast<unsigned>(p[n / 2]) << 8;
+    head = static_cast<unsigned char>(p[0]) |
+           static_cast<uint64_t>(static_cast<unsigned char>(p[n / 2])) << 8;
     tail = static_cast<unsigned char>(p[n - 1]);
   } else {
     head = 0;

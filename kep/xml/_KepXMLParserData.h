@@ -95,7 +95,7 @@ class _KepXMLParserData {
   };
   // One entry of the table of recent names (see resolve()).
   struct Recent {
-    uint32_t epoch = 0;
+    uint64_t epoch = 0;
     uint32_t length = 0;
     uint32_t offset = 0;
     Names names;
@@ -210,7 +210,7 @@ class _KepXMLParserData {
   std::vector<Binding> bindings;
   std::unordered_map<std::string, int> innermost;
   uint64_t prefixBits = 0;
-  uint32_t epoch = 1;
+  uint64_t epoch = 1;
   std::vector<int> declarationsPerLevel;
   int pendingDeclarations = 0;
 
