@@ -140,9 +140,9 @@ bool _KepBodyArena::open(std::size_t size) {
     ++largestOpened;
     block = pool().take();
   }
-  // Any size is fine for the C library's aligned_alloc; the sizes here are not
-  // multiples of the alignment, on purpose (see kLargestChunk).
-  if (block == nullptr) block = std::aligned_alloc(kChunkAlign, bytes);
+  // posix_memalign, unlike aligned_alloc, takes sizes that are no multiple of
+  // the alignment, as these are on purpose (see kLargestChunk).
+  if (block == nullptr && posix_memalign(&block, kChunkAlign, bytes) != 0) block = nullptr;
   if (block == nullptr) return false;
   chunk = ::new (block) Chunk(bytes);
   next = static_cast<char*>(block) + ((sizeof(Chunk) + kAlign - 1) & ~(kAlign - 1));
