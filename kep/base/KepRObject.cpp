@@ -75,11 +75,14 @@ void KepRObject::release() const {
   } else {
     before = refCount.fetch_sub(1, std::memory_order_acq_rel);
   }
-  if (before != 1) return;
-  if (placement == kPlacedInArena) {
-    _KepBodyArena::destroy(self);
+  if (before == 1) destroy(self);
+}
+
+void KepRObject::destroy(KepRObject* body) noexcept {
+  if (body->placement == kPlacedInArena) {
+    _KepBodyArena::destroy(body);
   } else {
-    delete self;
+    delete body;
   }
 }
 

@@ -76,9 +76,12 @@ class KEP_API KepRObject : public KepBridgeToObject {
  private:
   friend class _KepBodyArena;
   static constexpr uint8_t kPlacedInArena = 1;
-  // kPlacedInArena for a body that a _KepBodyArena placed in one of its chunks:
-  // its last release gives the memory back to the chunk. It fills the padding
-  // behind the marker word.
+  // Frees a body whose last reference went: every path that frees a body
+  // comes here. A body placed by a _KepBodyArena gives its memory back to its
+  // chunk; any other is deleted.
+  static void destroy(KepRObject* body) noexcept;
+  // kPlacedInArena for a body that a _KepBodyArena placed in one of its chunks.
+  // It fills the padding behind the marker word.
   uint8_t placement;
 
  protected:
