@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "ParserTestSupport.h"
 
@@ -100,27 +101,34 @@ TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
     xml += "<e n=\"" + std::to_string(i) + "\">text " + std::to_string(i) + "</e>";
   }
   xml += "</r>";
-  KepDOMElement kept;
+  std::vector<KepDOMElement> kept;
   KepDOMAttribute keptAttribute;
-  KepDOMNode keptText;
   {
     KepDOMElement r = root(xml);
     ASSERT_FALSE(r.isNull());
-    kept = r.get("e", 1500);
-    keptAttribute = kept.getAttributeNode("n");
-    keptText = r.get("e", 2999).getFirstChild();
+    for (KepDOMElement e(r.getFirstChild()); !e.isNull(); e = e.getNextSibling()) {
+      kept.push_back(e);
+    }
+    keptAttribute = kept[1500].getAttributeNode("n");
   }
-  EXPECT_TRUE(kept.getParentNode().isNull());
-  EXPECT_EQ(text(kept.getString()), "text 1500");
-  EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept));
-  // The last holders go on another thread.
-  std::thread([&] {
-    EXPECT_EQ(text(keptText.getNodeValue()), "text 2999");
-    kept = KepDOMElement();
-    EXPECT_EQ(text(keptAttribute.getValue()), "1500");
-    keptAttribute = KepDOMAttribute();
-    keptText = KepDOMNode();
-  }).join();
+  ASSERT_EQ(kept.size(), 3000u);
+  EXPECT_TRUE(kept[1500].getParentNode().isNull());
+  EXPECT_EQ(text(kept[1500].getString()), "text 1500");
+  EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept[1500]));
+  // The last holders go on several threads at once, neighbours on different
+  // threads.
+  std::vector<std::thread> threads;
+  for (size_t t = 0; t < 4; ++t) {
+    threads.emplace_back([&kept, t] {
+      for (size_t i = t; i < kept.size(); i += 4) {
+        EXPECT_EQ(text(kept[i].getString()), "text " + std::to_string(i));
+        kept[i] = KepDOMElement();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(text(keptAttribute.getValue()), "1500");
+  EXPECT_TRUE(keptAttribute.getOwnerElement().isNull());
 }
 
 TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
