@@ -173,7 +173,7 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
                                      KepXMLParser const& parser)
     : anchor(doc->anchor()), parserHandle(parser), mode(parserMode), handler(eventHandler) {
   doc->addRef();
-  parents.push_back(doc);
+  parents.push_back(Open{doc, false});
   if (KepRString const* s = KepRString::of(xpointer)) {
     target.assign(s->units(), s->units() + s->unitCount());
   }
@@ -190,7 +190,7 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
 
 _KepXMLParserData::~_KepXMLParserData() {
   if (anchorRefs > 0) anchor->release(anchorRefs);
-  for (KepRDOMParentNode* parent : parents) parent->release();
+  for (Open const& open : parents) open.node->release();
   for (ShortSlot& slot : shortTexts) {
     if (slot.text != nullptr) slot.text->release();
   }
@@ -624,7 +624,8 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   if (!building()) return;
 
   Names const names = resolve(name);
-  KepRDOMParentNode* parent = parents.back();
+  Open const& open = parents.back();
+  KepRDOMParentNode* parent = open.node;
   if (handler == nullptr && !namesClass(attributes)) {
     // The common case: a plain element that goes straight into the tree, which
     // holds it from then on.
@@ -632,9 +633,9 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
     element->setNames(names.id, names.prefix, names.local, names.uri);
     own(element);
     parent->appendFresh(element);
-    parent->childrenChanged();
+    if (!open.plain) parent->childrenChanged();
     setAttributes(element, name, attributes);
-    enter(element);
+    enter(element, true);
     return;
   }
   // A factory-made element comes with its handle; a plain one is only held by
@@ -665,15 +666,16 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
     parent->appendFresh(element);
     parent->childrenChanged();
   }
-  enter(element);
+  enter(element, false);
 }
 
-void _KepXMLParserData::enter(KepRDOMElement* element) {
-  parents.push_back(element);
+void _KepXMLParserData::enter(KepRDOMElement* element, bool plain) {
+  parents.push_back(Open{element, plain});
   // The reference taken for `parents`.
   element->addRef();
   if (matchDepth == depth) found = element;
-  element->_beginFromXML(parserHandle);
+  // The hooks of a plain element do nothing.
+  if (!plain) element->_beginFromXML(parserHandle);
 }
 
 void _KepXMLParserData::endElement() {
@@ -684,10 +686,14 @@ void _KepXMLParserData::endElement() {
   }
   if (inside) {
     flushText();
-    KepRDOMParentNode* parent = parents.back();
+    Open const open = parents.back();
     parents.pop_back();
-    if (KepRDOMElement* element = parent->asElement()) element->_endFromXML(mode, parserHandle);
-    parent->release();
+    if (!open.plain) {
+      if (KepRDOMElement* element = open.node->asElement()) {
+        element->_endFromXML(mode, parserHandle);
+      }
+    }
+    open.node->release();
   }
   int count = declarationsPerLevel.back();
   declarationsPerLevel.pop_back();
@@ -725,10 +731,12 @@ void _KepXMLParserData::flushText(bool force) {
     if (overflowed) overflow = KepStringBuffer();
     return;
   }
-  KepRDOMParentNode* parent = parents.back();
+  Open const& open = parents.back();
+  KepRDOMParentNode* parent = open.node;
   // A lone tab or line feed between elements is layout, not content, unless
   // the element keeps its white space.
   if (!cdata && length == 1 && (pending[0] == '\t' || pending[0] == '\n')) {
+    if (open.plain) return;
     KepRDOMElement* element = parent->asElement();
     if (element == nullptr || !element->preservesSpace()) return;
   }
@@ -745,7 +753,7 @@ void _KepXMLParserData::flushText(bool force) {
   } else if (length > 0 || cdata) {
     node->adoptData(textBody(pending, static_cast<size_t>(length), false));
   }
-  parent->childrenChanged();
+  if (!open.plain) parent->childrenChanged();
 }
 
 void _KepXMLParserData::flushOnly() { flushText(); }

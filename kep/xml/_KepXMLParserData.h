@@ -148,8 +148,9 @@ class _KepXMLParserData {
   // Puts a new node in the document. The references on the document's anchor
   // are taken in batches: one locked instruction per batch, not per node.
   void own(KepRDOMNode* node);
-  // Makes a new element, placed in the tree, the current parent.
-  void enter(KepRDOMElement* element);
+  // Makes a new element, placed in the tree, the current parent; `plain`: a
+  // plain element the parser made and placed itself (see Open).
+  void enter(KepRDOMElement* element, bool plain);
   // Sets the attributes (all but "xs", which names the service) and the
   // namespace declarations this element made, as "xmlns" attributes.
   void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
@@ -185,9 +186,15 @@ class _KepXMLParserData {
   KepXMLParserEventHandler* handler;
   void* tokenizer = nullptr;
 
-  // The open parents, innermost last, each holding one reference; the
-  // document first.
-  std::vector<KepRDOMParentNode*> parents;
+  // An open parent, holding one reference. A plain element that the parser
+  // made and put in the tree itself has hooks that do nothing, no cached
+  // value and keeps no white space.
+  struct Open {
+    KepRDOMParentNode* node;
+    bool plain;
+  };
+  // The open parents, innermost last; the document first.
+  std::vector<Open> parents;
   KepRDOMElement* found = nullptr;
 
   // XPointer tracking: the requested path, the path of the current position
