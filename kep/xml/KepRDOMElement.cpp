@@ -15,6 +15,7 @@
 #include "kep/xml/KepRDOMAttributeList.h"
 #include "kep/xml/KepRDOMNodeList.h"
 #include "kep/xml/KepRDOMText.h"
+#include "kep/xml/KepRDOMWriter.h"
 #include "kep/xml/KepXPointer.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMElement);
@@ -512,9 +513,21 @@ unsigned long KepRDOMElement::serializeAsXML(KepDOMWriter& writer) {
   if (state != KepDOMWriter::ELEMENT_TRANSFORM && state != KepDOMWriter::ELEMENT_BEFORE_CHILDREN) {
     return 0;
   }
+  static KepString const dtName("dt");
   KepString type = _getDataTypeStr(dataType);
-  if (type.isNull() || findAttribute(knownTagOf(KepString("dt"))) != nullptr) return 0;
+  if (type.isNull() || findAttribute(knownTagOf(dtName)) != nullptr) return 0;
   if (state == KepDOMWriter::ELEMENT_TRANSFORM) return 1;
+  // Like the writer's own dt and xs, the type passes the writer's attribute
+  // filter first: a view, or a derived writer, may leave it out.
+  KepRObject* writerBody = writer.getRealKepObj();
+  if (writerBody != nullptr && writerBody->isOfType(KepClassID::DOMWriter)) {
+    KepDOMElement self = _KepDOMHandle<KepDOMElement>(this);
+    KepDOMAttribute none;
+    KepString name = dtName;
+    if (!static_cast<KepRDOMWriter*>(writerBody)->_shouldPrintAttribute(self, none, name, type)) {
+      return 0;
+    }
+  }
   writer.write(KepString(" dt=\""));
   writer.write(type);
   writer.write(KepString("\""));

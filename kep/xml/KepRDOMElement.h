@@ -38,7 +38,8 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   KepRDOMElement* asElement() const noexcept override;
   // The writer's hook: a plain element whose data type has a name (1..8) and
   // that has no attribute "dt" writes " dt=\"<type name>\"" after its
-  // attributes; answers 0 at every state but the transform check.
+  // attributes, when the writer's attribute filter lets "dt" through; answers
+  // 0 at every state but the transform check.
   unsigned long serializeAsXML(KepDOMWriter& writer) override;
   void adoptOne(_KepDOMDocAnchor* anchor) override;
   void copyInto(KepRDOMNode& copy) const override;
