@@ -36,20 +36,22 @@ class KepDate;
 //                          thread (see KepThread)
 //  setAttributeNS(uri, qualifiedName, value)
 //                          the same by namespace URI and local name; an existing
-//                          attribute takes the new prefix. Refused: a prefix
-//                          without URI, the prefix "xml" with another URI than
-//                          the XML namespace, "xmlns" (as prefix or name) with
-//                          another URI than the xmlns namespace.
+//                          attribute takes the new prefix. Refused, recording
+//                          "DOMError" with "Code" 14: a prefix without URI,
+//                          the prefix "xml" with another URI than the XML
+//                          namespace, "xmlns" (as prefix or name) with another
+//                          URI than the xmlns namespace.
 //  setAttributeNode(a), setAttributeNodeNS(a)
 //                          adds the attribute node (adopting it from another
 //                          document), replacing the one of the same name (of the
 //                          same URI and local name); answers the replaced node or
 //                          null. An attribute of another element is refused
-//                          (null, nothing changes).
+//                          (null, nothing changes; "DOMError" with "Code" 10),
+//                          as is a handle that is no attribute ("Code" 8).
 //  removeAttribute(name), removeAttributeNS(uri, localName)
 //                          removes it when present
 //  removeAttributeNode(a)  removes and answers it; null when `a` is not an
-//                          attribute of this element
+//                          attribute of this element ("DOMError" with "Code" 8)
 //  In namespace lookups an attribute set without namespace (setAttribute)
 //  matches a null URI and its whole name.
 //

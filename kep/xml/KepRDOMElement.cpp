@@ -214,7 +214,10 @@ void KepRDOMElement::setAttributeNS(KepString const& uri, KepString const& quali
   int prefix = 0;
   int local = 0;
   int uriTag = 0;
-  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) return;  // NAMESPACE_ERR
+  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) {
+    recordError(kNamespaceErr, "setAttributeNS", "xml/KepRDOMElement", __LINE__);
+    return;
+  }
   if (KepRDOMAttribute* attribute = findAttributeNS(uriTag, local)) {
     attribute->setNames(id, prefix, local, uriTag);
     attribute->setValue(text);
@@ -228,18 +231,26 @@ void KepRDOMElement::setAttributeNS(KepString const& uri, KepString const& quali
   attributeList()->put(attribute, true, refused);
 }
 
-KepDOMAttribute KepRDOMElement::setAttributeNode(KepDOMAttribute const& newAttr) {
+KepDOMAttribute KepRDOMElement::putAttributeNode(KepDOMAttribute const& newAttr, bool byNS,
+                                                 char const* method) {
   KepRDOMAttribute* attribute = attributeOf(newAttr);
-  if (attribute == nullptr) return KepDOMAttribute();
+  if (attribute == nullptr) {
+    recordError(kNotFoundErr, method, "xml/KepRDOMElement", __LINE__);
+    return KepDOMAttribute();
+  }
   bool refused = false;
-  return KepDOMAttribute(attributeList()->put(attribute, false, refused));  // INUSE_ATTRIBUTE_ERR
+  KepDOMAttribute replaced(attributeList()->put(attribute, byNS, refused));
+  // The map refuses only an attribute that another element holds.
+  if (refused) recordError(kInUseAttributeErr, method, "xml/KepRDOMElement", __LINE__);
+  return replaced;
+}
+
+KepDOMAttribute KepRDOMElement::setAttributeNode(KepDOMAttribute const& newAttr) {
+  return putAttributeNode(newAttr, false, "setAttributeNode");
 }
 
 KepDOMAttribute KepRDOMElement::setAttributeNodeNS(KepDOMAttribute const& newAttr) {
-  KepRDOMAttribute* attribute = attributeOf(newAttr);
-  if (attribute == nullptr) return KepDOMAttribute();
-  bool refused = false;
-  return KepDOMAttribute(attributeList()->put(attribute, true, refused));
+  return putAttributeNode(newAttr, true, "setAttributeNodeNS");
 }
 
 void KepRDOMElement::removeAttribute(KepString const& name) {
@@ -252,8 +263,13 @@ void KepRDOMElement::removeAttributeNS(KepString const& uri, KepString const& lo
 
 KepDOMAttribute KepRDOMElement::removeAttributeNode(KepDOMAttribute const& oldAttr) {
   KepRDOMAttribute* attribute = attributeOf(oldAttr);
-  if (attribute == nullptr || attributes == nullptr) return KepDOMAttribute();
-  return KepDOMAttribute(attributes->takeAt(attributes->indexOfBody(attribute)));  // NOT_FOUND_ERR
+  int index =
+      attribute != nullptr && attributes != nullptr ? attributes->indexOfBody(attribute) : -1;
+  if (index < 0) {
+    recordError(kNotFoundErr, "removeAttributeNode", "xml/KepRDOMElement", __LINE__);
+    return KepDOMAttribute();
+  }
+  return KepDOMAttribute(attributes->takeAt(index));
 }
 
 int KepRDOMElement::transferAttribs(KepDOMNode& to) {

@@ -87,6 +87,9 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   bool dateSeconds(uint32_t& seconds) const;
 
  private:
+  // setAttributeNode(NS): puts the attribute in the map, recording a refusal
+  // as `method`.
+  KepDOMAttribute putAttributeNode(KepDOMAttribute const& newAttr, bool byNS, char const* method);
   // The common path of the typed setters.
   KepDOMElement store(int tag, int occurrence, _KepDOMValue const& value, int type);
   // The text of the text children, joined.
