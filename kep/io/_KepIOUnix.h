@@ -74,9 +74,11 @@ KEP_API uint32_t _KepIOClose(_Io_File* file);
 // Reads up to `length` bytes into `buffer`, first seeking to `position` unless it
 // is KEP_IO_CURRENT (positions of 2^31 and more are reached in steps). The read is
 // tried up to ten times, pausing 250 ms (_KepIOSetReadRetryPause) between failed
-// tries. `*count` (when not null) receives the bytes read; KEP_IO_SHORT_READ when
-// that is not `length` (0 at the end of the file), the mapped error when every
-// try failed. A failed seek gives KEP_IO_BAD_HANDLE (KEP_IO_FAILED in the steps).
+// tries; failures that no retry can change (a descriptor not open for reading,
+// a directory, a bad buffer) end the tries at once. `*count` (when not null)
+// receives the bytes read; KEP_IO_SHORT_READ when that is not `length` (0 at
+// the end of the file), the mapped error when every try failed. A failed seek gives
+// KEP_IO_BAD_HANDLE (KEP_IO_FAILED in the steps).
 KEP_API uint32_t _KepIORead(_Io_File* file, long position, uint16_t length, void* buffer,
                             uint16_t* count);
 // Writes `length` bytes of `buffer` at `position` relative to `whence`
