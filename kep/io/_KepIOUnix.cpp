@@ -384,6 +384,14 @@ uint32_t _KepIOCopy(char const* from, unsigned long fromFlags, char const* to,
   // only decide the permissions below.
   unsigned long openFlags = flags | 0x240;
   if ((openFlags & O_ACCMODE) == O_RDONLY) openFlags |= O_RDWR;
+  // Opening the destination truncates it, so a destination that is the source
+  // itself (by another name or a link, too) would lose the source's bytes.
+  struct stat fromInfo;
+  struct stat toInfo;
+  if (from != nullptr && to != nullptr && stat(from, &fromInfo) == 0 && stat(to, &toInfo) == 0 &&
+      fromInfo.st_dev == toInfo.st_dev && fromInfo.st_ino == toInfo.st_ino) {
+    return KEP_IO_COPY_DESTINATION;
+  }
   _Io_File destination;
   if (__KepIOOpenCreating(to, openFlags, 0666, &destination) != 0) {
     return KEP_IO_COPY_DESTINATION;

@@ -131,11 +131,12 @@ KEP_API uint32_t _KepIOMove(char const* from, char const* to);
 // Copies the file `from` (opened with `fromFlags`, must be present) to `to`
 // (opened with flags | 0x240 through __KepIOOpenCreating: created or truncated,
 // and read-write when the flags name read-only access; KEP_IO_COPY_DESTINATION
-// when that fails). A failed copy closes and deletes the
-// destination. A complete one gives the destination the source's access and
-// modification times (whole seconds) and mode, less the write permissions when
-// flag 2 (read-write) is clear: all write bits when flag 1 (write) is set, else
-// the group and other write bits.
+// when that fails, or when `to` is the file `from` itself, which is then left
+// alone). A failed copy closes and deletes the destination. A complete one
+// gives the destination the source's access and modification times (whole
+// seconds) and mode, less the write permissions when flag 2 (read-write) is
+// clear: all write bits when flag 1 (write) is set, else the group and other
+// write bits.
 KEP_API uint32_t _KepIOCopy(char const* from, unsigned long fromFlags, char const* to,
                             unsigned long flags);
 
