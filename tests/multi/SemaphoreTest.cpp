@@ -4,8 +4,10 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "kep/Kep.h"
+#include "support/KepTestSupport.h"
 
 TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefused) {
   void* sem = nullptr;
@@ -59,4 +61,28 @@ TEST(RecursiveLock, OwnerNestsAndOthersWaitForTheLastUnlock) {
   lock.destroy();  // usable again afterwards
   lock.lock();
   lock.unlock();
+}
+
+TEST(RecursiveLock, ContendingThreadsAreExcludedAndAllGetIn) {
+  _KepSemaphore lock;
+  long counter = 0;  // plain on purpose: only the lock protects it
+  int const threads = 4;
+  int const rounds = keptest::kSanitized ? 2000 : 20000;
+  std::vector<std::thread> workers;
+  for (int t = 0; t < threads; ++t) {
+    workers.emplace_back([&] {
+      for (int i = 0; i < rounds; ++i) {
+        lock.lock();
+        lock.lock();
+        long seen = counter;
+        if (i % 64 == 0) std::this_thread::yield();  // let others queue up on the lock
+        counter = seen + 1;
+        lock.unlock();
+        lock.unlock();
+      }
+    });
+  }
+  for (auto& w : workers) w.join();
+  EXPECT_EQ(counter, static_cast<long>(threads) * rounds);
+  EXPECT_EQ(lock.getOwner(), 0u);
 }
