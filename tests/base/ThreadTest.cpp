@@ -95,7 +95,9 @@ TEST(ThreadObject, WithoutTheLibraryThereIsNoTableAndNullHandlesAnswerNeutrally)
 }
 
 TEST_F(Threads, ForeignThreadsAreAdoptedWithAFreshThreadObject) {
-  std::thread([] {
+  std::atomic<int> step{0};
+  KepThread first;  // the foreign thread's first object
+  std::thread foreign([&] {
     EXPECT_EQ(_KepThreadTableCount(), 0);
     KepThread* me = KepProcess::getCurrThread();
     ASSERT_NE(me, nullptr);
@@ -105,8 +107,24 @@ TEST_F(Threads, ForeignThreadsAreAdoptedWithAFreshThreadObject) {
     EXPECT_EQ(me->getStatus(), 0) << "no control block";
     me->setCommand(4);
     EXPECT_EQ(me->getCommand(), 0) << "no control block to take commands";
-  }).join();
-  // The thread's end freed its slot (checked by the fixture).
+    KepRSharedData::set(KEP_SCOPE_THREAD, 2, 0x22);
+    first = *me;
+    step = 1;
+    while (step.load() != 2) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+
+    // Another thread took its object out of the table: it is adopted afresh,
+    // with words of its own.
+    KepThread* again = KepProcess::getCurrThread();
+    ASSERT_NE(again, nullptr);
+    EXPECT_NE(again->getRealKepObj(), first.getRealKepObj());
+    EXPECT_EQ(again->getThreadID(), ownId());
+    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u);
+  });
+  ASSERT_TRUE(eventually([&] { return step.load() == 1; }));
+  KepProcess::_removeThreadFromArray(first);
+  step = 2;
+  foreign.join();
+  // The thread's end freed its slots (checked by the fixture).
 }
 
 TEST_F(Threads, RunnableThreadKeepsItsNameAndStopsWhenDestroyedFromAnotherThread) {
