@@ -12,10 +12,15 @@
 // wait on in the kernel only while it is contended, an owner word and a
 // recursion depth.
 //
+// While the process has only ever had one thread, nobody can hold or wait for
+// the lock but the caller, and lock() only records the owner. A thread started
+// while the lock is held that way takes the lock word and then waits for that
+// owner's last unlock() before it enters.
+//
 // lock() by the owning thread only deepens the recursion; every lock() needs one
 // unlock() before another thread gets in. unlock() by a thread that does not own
 // the lock, or on a free lock, changes nothing. An uncontended lock() and the
-// unlock() that frees the lock each make one atomic read-modify-write.
+// unlock() that frees the lock each make at most one atomic read-modify-write.
 //
 // Thread safety: lock() and unlock() may be called from any thread. destroy() and
 // the destructor must not run while another thread holds or waits for the lock.
@@ -41,12 +46,15 @@ class KEP_API _KepSemaphore {
  private:
   void waitContended(uint32_t seen);
 
-  // kFree, kHeld, or kContended: held, and a thread may be waiting for it.
+  // Free, held, or contended: held, and a thread may be waiting for it.
   std::atomic<uint32_t> word{0};
   // Recursion depth; only the owner touches it.
   uint32_t depth = 0;
   // Owner thread id; read without the lock to detect re-entry.
   std::atomic<unsigned long> owner{0};
+  // Whether the owner took the lock word (false when it entered while the
+  // process had one thread); only the owner touches it.
+  bool holdsWord = false;
 };
 
 #endif  // KEP_MULTI_KEPSEMAPHORE_H

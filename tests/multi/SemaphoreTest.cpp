@@ -33,6 +33,9 @@ TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefus
   EXPECT_EQ(_KepMSemWait(&sem, 0), KEP_SEM_BAD_HANDLE);
 }
 
+// CTest runs every case in a process of its own, so the first three locks are
+// taken while the process has one thread (without the lock word), and the
+// threads started afterwards must still wait for the owner's last unlock.
 TEST(RecursiveLock, OwnerNestsAndOthersWaitForTheLastUnlock) {
   _KepSemaphore lock;
   lock.unlock();  // free lock: ignored
