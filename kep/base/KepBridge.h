@@ -50,11 +50,21 @@ struct KepBridgeBracket;
 #define KEP_BRIDGE_PARAMS_(...) (KepBridgeToObject * kepTarget __VA_OPT__(, ) __VA_ARGS__)
 #define KEP_BRIDGE_ARGS_(...) (this->target __VA_OPT__(, ) __VA_ARGS__)
 
+// Calls from a host into the bridge functions and the handle methods go
+// straight through the host's GOT entry instead of a lazy-binding PLT stub: one
+// jump less on every call. (GCC only; other compilers keep the stub.)
+#if defined(__GNUC__) && !defined(__clang__)
+#define KEP_BRIDGE_LINKAGE __attribute__((noplt))
+#else
+#define KEP_BRIDGE_LINKAGE
+#endif
+
 // Declares one table row as a virtual member (handle or body side).
 #define KEP_DECLARE_METHOD(S, R, N, P, A, Q, B) virtual R N P Q;
 
 // Declares one table row as an exported bridge function.
-#define KEP_DECLARE_BRIDGE(S, R, N, P, A, Q, B) KEP_API R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P;
+#define KEP_DECLARE_BRIDGE(S, R, N, P, A, Q, B) \
+  KEP_API KEP_BRIDGE_LINKAGE R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P;
 
 // Defines one bridge: null target -> neutral result; body -> body virtual
 // (bracketed when B is 1); outer object -> handle-side virtual, unbracketed.
