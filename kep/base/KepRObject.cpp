@@ -6,6 +6,7 @@
 #include "kep/base/KepGlobals.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepString.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
@@ -155,16 +156,11 @@ int KepRObject::getStaticClassID() { return KepClassID::Object; }
 
 // --- Reference counting --------------------------------------------------
 
-void KepRObject::addRef() const {
-  // A process that never started a second thread needs no locked instruction.
-  if (_KepThrdSingleThreaded()) {
-    refCount.store(refCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  } else {
-    refCount.fetch_add(1, std::memory_order_relaxed);
-  }
-}
+void KepRObject::addRef() const { _KepBodyCount::addRef(this); }
 
-void KepRObject::release() const {
+void KepRObject::release() const { _KepBodyCount::release(this); }
+
+void KepRObject::releaseWithOuter() const {
   auto* self = const_cast<KepRObject*>(this);
   KepObject* outer = realOuterObj.load(std::memory_order_acquire);
   if (outer != nullptr && refCount.load(std::memory_order_acquire) == 2 && outer->getCount() == 0) {
@@ -175,14 +171,7 @@ void KepRObject::release() const {
     outer->freeBridge();
     return;
   }
-  int64_t before;
-  if (_KepThrdSingleThreaded()) {
-    before = refCount.load(std::memory_order_relaxed);
-    refCount.store(before - 1, std::memory_order_relaxed);
-  } else {
-    before = refCount.fetch_sub(1, std::memory_order_acq_rel);
-  }
-  if (before == 1) delete self;
+  if (refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) delete self;
 }
 
 KepObject* KepRObject::newBridge() { return new KepObject(this); }

@@ -95,6 +95,10 @@ class KEP_API KepRObject : public KepBridgeToObject {
   std::atomic<KepObject*> realOuterObj;
 
  private:
+  friend struct _KepBodyCount;
+  // release() of a body that has a registered outer object.
+  void releaseWithOuter() const;
+
   KepRObject(KepRObject const&) = delete;
   KepRObject& operator=(KepRObject const&) = delete;
 };
