@@ -3,6 +3,7 @@
 #define KEP_BASE_KEPROBJECT_H
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "kep/base/KepClassID.h"
@@ -32,6 +33,15 @@ class KEP_API KepRObject : public KepBridgeToObject {
   KepRObject();
   // Frees the body's semaphore when one was made.
   ~KepRObject() override;
+
+  // Body storage. Each thread keeps the blocks of the small bodies it deleted,
+  // by size, and gives them to its next bodies of the same size without a lock
+  // or a trip through the heap; what a thread keeps goes back to the heap when
+  // it ends. The blocks are ordinary ::operator new blocks either way.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* p, std::size_t size) noexcept;
+  static void* operator new(std::size_t, void* where) noexcept { return where; }
+  static void operator delete(void*, void*) noexcept {}
 
   KEP_METHODS_Object(KEP_DECLARE_METHOD)
 
@@ -85,6 +95,10 @@ class KEP_API KepRObject : public KepBridgeToObject {
   std::atomic<KepObject*> realOuterObj;
 
  private:
+  friend struct _KepBodyCount;
+  // release() of a body that has a registered outer object.
+  void releaseWithOuter() const;
+
   KepRObject(KepRObject const&) = delete;
   KepRObject& operator=(KepRObject const&) = delete;
 };

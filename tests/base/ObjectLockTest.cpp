@@ -1,9 +1,10 @@
 // The body lock: lazy semaphore creation, recursion, blocking of bracketed calls,
-// and counts shared between threads.
+// and counts and body storage shared between threads.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <thread>
 #include <vector>
 
@@ -139,4 +140,54 @@ TEST(ObjectLock, CountsStayExactUnderConcurrentCopiesAndReleases) {
     t2.join();
     ASSERT_EQ(keptest::CountedBody::live.load(), 0);
   }
+}
+
+namespace {
+
+// A body that fills its own storage with a pattern made from its address and
+// checks it when it goes: a body handed storage smaller than itself, or storage
+// another live body uses, breaks a pattern.
+template <int kWords>
+class PatternBody : public keptest::CountedBody {
+ public:
+  PatternBody() {
+    for (int i = 0; i < kWords; ++i) words[i] = seal(i);
+  }
+  ~PatternBody() override {
+    for (int i = 0; i < kWords; ++i) {
+      if (words[i] != seal(i)) ++broken;
+    }
+  }
+  uintptr_t seal(int i) const { return reinterpret_cast<uintptr_t>(this) * 31 + i; }
+  uintptr_t words[kWords];
+  static inline std::atomic<int> broken{0};
+};
+
+}  // namespace
+
+TEST(ObjectLock, BodyStorageIsReusedOnlyForBodiesOfItsSizeAlsoAcrossThreads) {
+  using Small = PatternBody<1>;
+  using Large = PatternBody<9>;
+  // Bodies made on one thread and released on others, of sizes that alternate,
+  // while the threads that kept their storage come and go.
+  for (int round = 0; round < 20; ++round) {
+    std::vector<KepObject> made;
+    for (int i = 0; i < 64; ++i) {
+      made.emplace_back(i % 3 == 0 ? static_cast<KepRObject*>(new Large) : new Small);
+    }
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&made, t] {
+        for (size_t i = t; i < made.size(); i += 4) made[i] = KepObject();
+        for (int i = 0; i < 200; ++i) {
+          KepObject small(new Small);
+          KepObject large(new Large);
+          KepObject again(new Small);
+        }
+      });
+    }
+    for (auto& t : threads) t.join();
+  }
+  EXPECT_EQ(Small::broken.load() + Large::broken.load(), 0);
+  EXPECT_EQ(keptest::CountedBody::live.load(), 0);
 }
