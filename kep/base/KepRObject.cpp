@@ -140,6 +140,7 @@ KepRObject::KepRObject()
       refCount(0),
       ownerOrLock(_KepThrdSelf()),
       flags(kFlagPublish),
+      creatorCounted(0),
       service(0),
       realOuterObj(nullptr) {
   if (diagnosticsOn()) KepDebugger::notifyObjectCreate(this);
@@ -235,8 +236,10 @@ void KepRObject::threadSafeMethodBegin() {
     return;
   }
   uint64_t word = ownerOrLock.load(std::memory_order_acquire);
-  // Until the creating thread makes the semaphore, other threads pass unlocked.
-  if (word == 0 || word != _KepThrdSelf()) return;
+  // Other threads pass unlocked until the creating thread has counted or called
+  // the body; the creator's own call makes the semaphore.
+  if (word == 0) return;
+  if (word != _KepThrdSelf() && creatorCounted.load(std::memory_order_acquire) == 0) return;
   ensureSemaphore()->lock();
 }
 

@@ -21,7 +21,10 @@ class _KepSemaphore;
 // Locks: `lock()`/`unlock()` is a recursive critical section over several calls,
 // shared with the soft lock that brackets the thread-safe bridge calls. The
 // semaphore is made lazily: by `lock()` from any thread, or by the creating
-// thread's first bracketed call; until then other threads' bracketed calls pass
+// thread's first bracketed call. Wrapping the body in a handle on its creating
+// thread counts as such a call: from then on every thread's bracketed calls
+// lock (the semaphore itself is made by the first of them). A body that its
+// creator has neither wrapped nor called passes other threads' bracketed calls
 // unlocked.
 //
 // Thread safety: reference counting is atomic; the lock and flag operations may be
@@ -89,6 +92,9 @@ class KEP_API KepRObject : public KepBridgeToObject {
   std::atomic<uint64_t> ownerOrLock;
   // Publish, asynchronous and owns-semaphore bits.
   std::atomic<uint8_t> flags;
+  // 1 once the creating thread has added a reference: the bracketed calls of
+  // every thread then lock. Written only by the creating thread.
+  std::atomic<uint8_t> creatorCounted;
   // The owning service's id (a tag), 0 when none.
   std::atomic<int32_t> service;
   // The caller's object registered for this body, or null.

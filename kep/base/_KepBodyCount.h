@@ -14,6 +14,12 @@ struct _KepBodyCount {
   // Adds one reference. A process that never started a second thread needs no
   // locked instruction.
   static void addRef(KepRObject const* body) noexcept {
+    // The creating thread's first reference entitles the body to its lock. Once
+    // the semaphore exists `ownerOrLock` holds its address, never a thread's.
+    if (body->creatorCounted.load(std::memory_order_relaxed) == 0 &&
+        body->ownerOrLock.load(std::memory_order_relaxed) == _KepThrdSelf()) {
+      const_cast<KepRObject*>(body)->creatorCounted.store(1, std::memory_order_release);
+    }
     std::atomic<int64_t>& count = body->refCount;
     if (_KepThrdSingleThreaded()) {
       count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);

@@ -53,21 +53,45 @@ KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_MET
 }  // namespace
 
 TEST(ObjectLock, OnlyTheCreatorsBracketOrAnExplicitLockMakesTheSemaphore) {
-  KepCounter c(new KepRCounter);
-  std::thread([&] { c.bump(1); }).join();
-  EXPECT_FALSE(c.getRealKepObj()->hasSemaphore()) << "a foreign thread's bracket makes none";
+  // Wrapped and called first on another thread: that thread's brackets make no
+  // semaphore; the creator's own call does.
+  auto* body = new KepRCounter;
+  KepCounter c;
+  std::thread([&] {
+    c = KepCounter(body);
+    c.bump(1);
+  }).join();
+  EXPECT_FALSE(body->hasSemaphore()) << "a foreign thread's bracket makes none";
   c.bump(1);
-  EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
+  EXPECT_TRUE(body->hasSemaphore());
   EXPECT_EQ(c.peek(), 2);
 
-  KepObject o(new KepRObject);
+  auto* plain = new KepRObject;
+  KepObject o;
+  std::thread([&] { o = KepObject(plain); }).join();
   o.unlock();  // no semaphore yet: nothing happens
-  EXPECT_FALSE(o.getRealKepObj()->hasSemaphore());
+  EXPECT_FALSE(plain->hasSemaphore());
   std::thread([&] {
     EXPECT_EQ(o.lock(5000), 1);
     o.unlock();
   }).join();
-  EXPECT_TRUE(o.getRealKepObj()->hasSemaphore()) << "lock() makes it on any thread";
+  EXPECT_TRUE(plain->hasSemaphore()) << "lock() makes it on any thread";
+}
+
+// Regression: a body wrapped by its creator and then only called from other
+// threads ran its thread-safe methods unlocked, and concurrent updates were lost.
+TEST(ObjectLock, BracketedCallsOfABodyItsCreatorWrappedAreSerialisedOnEveryThread) {
+  KepCounter c(new KepRCounter);
+  constexpr int kThreads = 4, kBumps = 500;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([c] {
+      for (int i = 0; i < kBumps; ++i) const_cast<KepCounter&>(c).bump(1);
+    });
+  }
+  for (auto& t : threads) t.join();
+  EXPECT_EQ(c.peek(), kThreads * kBumps);
+  EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
 }
 
 TEST(ObjectLock, ThreeLocksNeedThreeUnlocksBeforeAnotherThreadGetsIn) {
