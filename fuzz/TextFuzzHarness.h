@@ -103,8 +103,9 @@ inline bool tokenizer(uint8_t const* data, size_t size) {
 
 // Input: two 16-bit little-endian numbers, offset and count, then 8-bit text.
 // Builds a string from the text with that offset and count and checks its units
-// against the rule (the copy ends at the first zero byte), then runs the
-// searching, case and slicing operations on it.
+// against the rule (a positive count stops at the first zero byte; -1 takes the
+// length of the whole text from its start, and units past the zero byte are
+// zero), then runs the searching, case and slicing operations on it.
 inline bool string8(uint8_t const* data, size_t size) {
   if (size < 4) return true;
   size = std::min(size, kMaxInput);
@@ -116,13 +117,16 @@ inline bool string8(uint8_t const* data, size_t size) {
   int whole = static_cast<int>(std::strlen(text.c_str()));
   int from = std::max(offset, 0);
   int rest = std::max(whole - from, 0);
-  int want = count == -1 ? rest : (count <= 0 ? 0 : std::min(count, rest));
+  int want = count == -1 ? whole : (count <= 0 ? 0 : std::min(count, rest));
   if (s.isNull() || s.length() != want) return false;
+  std::vector<unsigned short> units;
   for (int i = 0; i < want; ++i) {
-    if (s.charAt(i) != static_cast<unsigned char>(text[static_cast<size_t>(from + i)]))
-      return false;
+    units.push_back(i < rest ? static_cast<unsigned char>(text[static_cast<size_t>(from + i)]) : 0);
   }
-  KepString copy(text.c_str() + from, 0, want);
+  KepString copy = stringOf(units);
+  for (int i = 0; i < want; ++i) {
+    if (s.charAt(i) != units[static_cast<size_t>(i)]) return false;
+  }
   if (!s.equals(copy) || s.compareTo(copy) != 0 || s.hashCode() != copy.hashCode()) return false;
 
   int sharp = 0;
@@ -140,8 +144,12 @@ inline bool string8(uint8_t const* data, size_t size) {
     if (at != cut || !s.regionMatches(1, at, tail, 0, tail.length())) return false;
     if (s.indexOf(s.charAt(cut)) > cut || s.lastIndexOf(s.charAt(cut)) < cut) return false;
   }
+  // The narrowed bytes give the units back; a zero unit inside ends the byte text.
   KepByteArray bytes = s.getBytes();
-  return s.compareTo(static_cast<signed char const*>(bytes)) == 0;
+  auto const* narrow = static_cast<unsigned char const*>(bytes);
+  if (!std::equal(units.begin(), units.end(), narrow)) return false;
+  return s.indexOf(static_cast<unsigned short>(0)) >= 0 ||
+         s.compareTo(static_cast<signed char const*>(bytes)) == 0;
 }
 
 }  // namespace kepfuzz

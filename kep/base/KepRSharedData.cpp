@@ -253,7 +253,7 @@ void KepRSharedData::setUserData(int scope, int key, int which, uint64_t value) 
 }
 
 KepSharedDataIterator* KepRSharedData::getIterator(int scope, int slot) {
-  if (scope != KEP_SCOPE_THREAD || !validWord(slot)) return nullptr;
+  if ((scope != KEP_SCOPE_PROCESS && scope != KEP_SCOPE_THREAD) || !validWord(slot)) return nullptr;
   return new ThreadWordIterator(slot);
 }
 

@@ -101,8 +101,9 @@ class KEP_API KepRSharedData {
   // are then 0 is freed.
   static void setUserData(int scope, int key, int which, uint64_t value);
 
-  // An iterator over word `slot` of every registered thread (scope 3), walking
-  // the thread table in slot order; null otherwise.
+  // An iterator over word `slot` of every registered thread, walking the thread
+  // table in slot order. Scope 2 and scope 3 answer the same walk; other scopes
+  // and word numbers outside 0 ... 8 answer null.
   static KepSharedDataIterator* getIterator(int scope, int slot);
   static void freeIterator(KepSharedDataIterator* it);
 

@@ -140,48 +140,61 @@ KepRString* KepRString::allocate(int n) {
 
 KepRString* KepRString::create(unsigned short const* units, int n) {
   if (units == nullptr || n < 0) n = 0;
-  KepRString* s = allocate(n);
-  if (s != nullptr && n > 0) std::memcpy(s->characters, units, unitBytes(n));
-  return s;
+  return createSpan(units, Span{n, n});
 }
 
 KepRString* KepRString::createFromBytes(unsigned char const* bytes, int n) {
   if (bytes == nullptr || n < 0) n = 0;
-  KepRString* s = allocate(n);
+  return createSpan(bytes, Span{n, n});
+}
+
+KepRString* KepRString::createSpan(unsigned short const* text, Span span) {
+  KepRString* s = allocate(span.length);
   if (s == nullptr) return s;
-  unsigned short* out = s->characters;
-  int i = widenBlocks(bytes, out, n);
-  for (; i < n; ++i) out[i] = bytes[i];
+  int n = text == nullptr ? 0 : std::max(0, std::min(span.readable, s->len));
+  if (n > 0) std::memcpy(s->characters, text, unitBytes(n));
+  if (n < s->len) std::fill(s->characters + n, s->characters + s->len, 0);
   return s;
 }
 
-int KepRString::byteSpan(unsigned char const* text, int& offset, int count) {
+KepRString* KepRString::createSpan(unsigned char const* text, Span span) {
+  KepRString* s = allocate(span.length);
+  if (s == nullptr) return s;
+  int n = text == nullptr ? 0 : std::max(0, std::min(span.readable, s->len));
+  unsigned short* out = s->characters;
+  int i = widenBlocks(text, out, n);
+  for (; i < n; ++i) out[i] = text[i];
+  if (n < s->len) std::fill(out + n, out + s->len, 0);
+  return s;
+}
+
+KepRString::Span KepRString::byteSpan(unsigned char const* text, int& offset, int count) {
   if (offset < 0) offset = 0;
-  if (text == nullptr) return 0;
+  if (text == nullptr) return Span{0, 0};
   if (count == -1) {
-    // The whole text is measured from its start; the copy still ends at the
-    // terminator when an offset was given.
-    std::size_t total = std::strlen(reinterpret_cast<char const*>(text));
-    if (total > INT_MAX) total = INT_MAX;
-    return static_cast<std::size_t>(offset) >= total ? 0 : static_cast<int>(total) - offset;
+    // The whole text is measured from its start, whatever the offset.
+    int length = KepStrLen(reinterpret_cast<signed char const*>(text));
+    return Span{length, offset >= length ? 0 : length - offset};
   }
-  if (count <= 0) return 0;
+  if (count <= 0) return Span{0, 0};
   // Look for the terminator no further than the requested range; memchr stops
   // reading at the first zero byte.
   auto limit = static_cast<std::size_t>(offset) + static_cast<std::size_t>(count);
   auto const* zero = static_cast<unsigned char const*>(std::memchr(text, 0, limit));
   std::size_t reach = zero != nullptr ? static_cast<std::size_t>(zero - text) : limit;
-  return reach <= static_cast<std::size_t>(offset) ? 0 : static_cast<int>(reach - offset);
+  int n = reach <= static_cast<std::size_t>(offset) ? 0 : static_cast<int>(reach - offset);
+  return Span{n, n};
 }
 
-int KepRString::unitSpan(unsigned short const* units, int& offset, int count) {
+KepRString::Span KepRString::unitSpan(unsigned short const* units, int& offset, int count) {
   if (offset < 0) offset = 0;
-  if (units == nullptr) return 0;
+  if (units == nullptr) return Span{0, 0};
   if (count == -1) {
-    int total = KepWStrLen(units);
-    return offset >= total ? 0 : total - offset;
+    int length = KepWStrLen(units);
+    return Span{length, offset >= length ? 0 : length - offset};
   }
-  return count > 0 ? count : 0;
+  int n = count > 0 ? count : 0;
+  return Span{n, n};
 }
 
 KepRString const* KepRString::of(KepObject const& handle) {

@@ -27,13 +27,26 @@ class KEP_API KepRString : public KepRObject {
   // A new body of `n` units left for the caller to fill (the terminator is set).
   static KepRString* allocate(int n);
 
-  // The number of bytes of zero-terminated `text` that the constructors copy from
-  // `offset` for `count` (-1: the rest of the text); never reaches past the zero
-  // byte. A negative offset is set to 0. 0 for null text.
-  static int byteSpan(unsigned char const* text, int& offset, int count);
-  // The same for UTF-16 units: `count` itself when it is positive, the rest of
-  // the zero-terminated text for -1, else 0.
-  static int unitSpan(unsigned short const* units, int& offset, int count);
+  // What the text constructors take of zero-terminated text from `offset` for
+  // `count`: a string of `length` units whose first `readable` units come from the
+  // text at `offset` and whose others are zero units.
+  struct Span {
+    int length;
+    int readable;
+  };
+  // For 8-bit text. A count of -1 takes the length of the whole text measured from
+  // its start, so with an offset the string runs past the text's terminating zero
+  // by up to `offset` units; those read as zero, the bytes there are never read.
+  // A positive count stops at the zero byte. A negative offset is set to 0; null
+  // text gives nothing.
+  static Span byteSpan(unsigned char const* text, int& offset, int count);
+  // The same for UTF-16 units, except that a positive count is taken as given
+  // (zero units inside it are kept).
+  static Span unitSpan(unsigned short const* units, int& offset, int count);
+  // A new body of span.length units: span.readable units copied (or bytes widened)
+  // from `text`, then zero units. Null when the block cannot be allocated.
+  static KepRString* createSpan(unsigned short const* text, Span span);
+  static KepRString* createSpan(unsigned char const* text, Span span);
 
   // The string body behind a handle, or null when the handle is null or targets
   // another class.

@@ -72,18 +72,22 @@ void KepRStringBuffer::adopt(unsigned short* fresh, int units) {
 }
 
 KepStringBuffer KepRStringBuffer::appendUnits(unsigned short const* units, int k) {
-  if (units != nullptr && k > 0) {
-    std::memcpy(growFor(k), units, unitBytes(k));
-    len += k;
-    chars[len] = 0;
-  }
-  return self();
+  return units != nullptr ? appendText(units, nullptr, k, k) : self();
 }
 
-KepStringBuffer KepRStringBuffer::appendBytes(unsigned char const* bytes, int k) {
-  if (bytes != nullptr && k > 0) {
+KepStringBuffer KepRStringBuffer::appendText(unsigned short const* units,
+                                             unsigned char const* bytes, int readable, int k) {
+  if (k > 0) {
     unsigned short* out = growFor(k);
-    for (int i = 0; i < k; ++i) out[i] = bytes[i];
+    int n = std::max(0, std::min(readable, k));
+    if (units != nullptr) {
+      std::memcpy(out, units, unitBytes(n));
+    } else if (bytes != nullptr) {
+      for (int i = 0; i < n; ++i) out[i] = bytes[i];
+    } else {
+      n = 0;
+    }
+    std::fill(out + n, out + k, static_cast<unsigned short>(0));
     len += k;
     chars[len] = 0;
   }
@@ -116,8 +120,9 @@ KepStringBuffer KepRStringBuffer::append(signed char const* text) { return appen
 
 KepStringBuffer KepRStringBuffer::append(signed char const* text, int offset, int count) {
   auto const* bytes = reinterpret_cast<unsigned char const*>(text);
-  int n = KepRString::byteSpan(bytes, offset, count);
-  return appendBytes(n > 0 ? bytes + offset : nullptr, n);
+  KepRString::Span span = KepRString::byteSpan(bytes, offset, count);
+  return appendText(nullptr, span.readable > 0 ? bytes + offset : nullptr, span.readable,
+                    span.length);
 }
 
 KepStringBuffer KepRStringBuffer::append(unsigned short const* units) {
@@ -125,8 +130,9 @@ KepStringBuffer KepRStringBuffer::append(unsigned short const* units) {
 }
 
 KepStringBuffer KepRStringBuffer::append(unsigned short const* units, int offset, int count) {
-  int n = KepRString::unitSpan(units, offset, count);
-  return appendUnits(n > 0 ? units + offset : nullptr, n);
+  KepRString::Span span = KepRString::unitSpan(units, offset, count);
+  return appendText(span.readable > 0 ? units + offset : nullptr, nullptr, span.readable,
+                    span.length);
 }
 
 KepStringBuffer KepRStringBuffer::append(int value) {

@@ -26,10 +26,12 @@ class KEP_API KepRStringBuffer : public KepRObject {
   unsigned short const* units() const noexcept { return chars; }
 
  private:
-  // Appends `k` units (or, with `bytes`, k bytes widened) and answers a handle on
-  // this body.
+  // Appends `k` units and answers a handle on this body.
   KepStringBuffer appendUnits(unsigned short const* units, int k);
-  KepStringBuffer appendBytes(unsigned char const* bytes, int k);
+  // Appends `k` units: the first `readable` copied from `units` or widened from
+  // `bytes` (whichever is given), zero units after them.
+  KepStringBuffer appendText(unsigned short const* units, unsigned char const* bytes, int readable,
+                             int k);
   // Makes room for `k` more units behind the current ones; answers where they go.
   unsigned short* growFor(int k);
   // Inserts `k` units at `at` into a new array of exactly the needed size.

@@ -5,6 +5,7 @@
 
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepRString.h"
+#include "kep/base/_KepTagIndex.h"
 
 namespace {
 
@@ -12,9 +13,8 @@ namespace {
 int firstDifference(unsigned short const* a, unsigned short const* b, int n) noexcept {
   int i = 0;
   for (; i + 4 <= n; i += 4) {
-    uint64_t wa, wb;
-    std::memcpy(&wa, a + i, sizeof wa);
-    std::memcpy(&wb, b + i, sizeof wb);
+    uint64_t wa = _KepTagNameIndex::wordOf(a + i);
+    uint64_t wb = _KepTagNameIndex::wordOf(b + i);
     if (wa != wb) return i + __builtin_ctzll(wa ^ wb) / 16;
   }
   while (i < n && a[i] == b[i]) ++i;
@@ -34,12 +34,8 @@ int compareUnitsText(unsigned short const* a, int na, unsigned char const* t, in
   int n = na < nt ? na : nt;
   int i = 0;
   for (; i + 4 <= n; i += 4) {
-    uint64_t wa;
-    uint32_t bytes;
-    std::memcpy(&wa, a + i, sizeof wa);
-    std::memcpy(&bytes, t + i, sizeof bytes);
-    uint64_t wb = (bytes & 0xFFu) | (uint64_t(bytes & 0xFF00u) << 8) |
-                  (uint64_t(bytes & 0xFF0000u) << 16) | (uint64_t(bytes & 0xFF000000u) << 24);
+    uint64_t wa = _KepTagNameIndex::wordOf(a + i);
+    uint64_t wb = _KepTagNameIndex::wordOf(t + i);
     if (wa != wb) {
       i += __builtin_ctzll(wa ^ wb) / 16;
       return static_cast<int>(a[i]) - static_cast<int>(t[i]);
@@ -67,7 +63,13 @@ unsigned char const* bytesOf(signed char const* text) {
 }  // namespace
 
 KepRTagEntry::KepRTagEntry() noexcept
-    : chars(kNoUnits), text(kNoText), length(0), kind(kKindString), tag(0), units(nullptr) {}
+    : chars(kNoUnits),
+      text(kNoText),
+      length(0),
+      kind(kKindString),
+      tag(0),
+      inRange(false),
+      units(nullptr) {}
 
 KepRTagEntry::~KepRTagEntry() = default;
 
@@ -75,12 +77,21 @@ KepString KepRTagEntry::getName() const {
   if (kind == kKindText) {
     return text != kNoText ? KepString(reinterpret_cast<char const*>(text)) : KepString();
   }
+  // A name held on a string body answers a handle on that body: the same as a
+  // copy of the name, made without the copy's virtual calls.
+  if (KepRString* body = plainName()) return KepString(static_cast<KepBridgeToObject*>(body));
   return name;
+}
+
+KepRString* KepRTagEntry::plainName() const noexcept {
+  if (kind == kKindText || units == nullptr || name.getTarget() != units) return nullptr;
+  return const_cast<KepRString*>(units);
 }
 
 int KepRTagEntry::getTag() const { return tag.load(std::memory_order_relaxed); }
 
 void KepRTagEntry::set(KepString const& newName, int newKind) {
+  if (inRange.load(std::memory_order_acquire)) _KepTagDirectory::entryRenamed();
   name = newName;
   units = KepRString::of(name);
   chars = units != nullptr ? units->units() : kNoUnits;
@@ -92,6 +103,7 @@ void KepRTagEntry::set(KepString const& newName, int newKind) {
 void KepRTagEntry::setTag(int newTag) { tag.store(newTag, std::memory_order_relaxed); }
 
 void KepRTagEntry::set(signed char const* newText) {
+  if (inRange.load(std::memory_order_acquire)) _KepTagDirectory::entryRenamed();
   name = KepString();
   units = nullptr;
   chars = kNoUnits;
@@ -100,21 +112,19 @@ void KepRTagEntry::set(signed char const* newText) {
   kind = kKindText;
 }
 
-void KepRTagEntry::borrow(KepRString const* borrowed) noexcept {
-  if (borrowed != nullptr) {
-    borrow(borrowed->units(), borrowed->unitCount());
-  } else {
-    borrow(kNoUnits, 0);
-  }
-  units = borrowed;
+bool KepRTagEntry::isNamed(unsigned short const* other, int count) const noexcept {
+  if (kind == kKindText) return compareUnitsText(other, count, bytesOf(text), length) == 0;
+  return length == count && std::memcmp(chars, other, sizeof(unsigned short) * count) == 0;
 }
 
-void KepRTagEntry::borrow(unsigned short const* borrowedUnits, int count) noexcept {
-  units = nullptr;
-  chars = borrowedUnits;
-  length = count;
-  text = kNoText;
-  kind = kKindString;
+bool KepRTagEntry::isNamed(unsigned char const* bytes, int count) const noexcept {
+  if (kind == kKindText) return length == count && std::memcmp(text, bytes, count) == 0;
+  return compareUnitsText(chars, length, bytes, count) == 0;
+}
+
+uint64_t KepRTagEntry::nameHash() const noexcept {
+  if (kind == kKindText) return _KepTagNameIndex::hash(bytesOf(text), length);
+  return _KepTagNameIndex::hash(chars, length);
 }
 
 int KepRTagEntry::compare(KepRTagEntry const* a, KepRTagEntry const* b) noexcept {

@@ -3,6 +3,7 @@
 #define KEP_BASE_KEPRTAGENTRY_H
 
 #include <atomic>
+#include <cstdint>
 
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepTagEntry.h"
@@ -12,14 +13,14 @@ class KepRString;
 // An entry has one of two forms:
 //  - string form (kind 0): it holds a reference on a KepString name;
 //  - 8-bit form (kind 99): it points at zero-terminated 8-bit text that it does
-//    not own. Namespaces use one such entry as a probe to search their names by
-//    8-bit text without building a string; the text must outlive the search.
+//    not own: a probe that compares with names by 8-bit text without building a
+//    string; the text must outlive its use.
 // Entries order by name (see compare()), which is how a namespace keeps them in
 // its ordered set.
 //
 // Thread safety: see KepTagEntry. The tag is an atomic word; the name is guarded
-// by the entry's lock (bracketed bridges) or, for the manager's own entries, by
-// the tag lock.
+// by the entry's lock (bracketed bridges). The manager's own entries are named
+// once, before any other thread can reach them, and are read without a lock.
 class KEP_API KepRTagEntry : public KepRObject {
   KEP_BODY_IDENTITY(TagEntry, KepRObject)
   KEP_BODY_CREATE_ANOTHER(TagEntry)
@@ -40,22 +41,24 @@ class KEP_API KepRTagEntry : public KepRObject {
   void set(signed char const* text);
   // 0 (string form) or 99 (8-bit form).
   int getKind() const noexcept { return kind; }
-  // The name as the string form holds it: the body of getName() without a new
-  // reference, or null (no name, or 8-bit form).
-  KepRString const* nameBody() const noexcept { return units; }
-
-  // For searches: makes this string-form entry order like `name` without taking
-  // a reference on it (`name` must outlive the search); borrow(nullptr) drops it.
-  void borrow(KepRString const* name) noexcept;
+  // True when the name is the `count` units given, or the `count` bytes given
+  // (each byte standing for the unit of its value).
+  bool isNamed(unsigned short const* units, int count) const noexcept;
+  bool isNamed(unsigned char const* bytes, int count) const noexcept;
+  // The hash of the name (_KepTagNameIndex::hash).
+  uint64_t nameHash() const noexcept;
+  // The string body that the name handle holds, or null when the name is not a
+  // string body of its own (no name, 8-bit form, a string object of a caller).
+  KepRString* plainName() const noexcept;
+  // Called as a range gives the entry its tag: renaming the entry from then on
+  // tells the tag directories that their bodies may be stale.
+  void placed() noexcept { inRange.store(true, std::memory_order_release); }
 
   // Negative, 0 or positive as `a`'s name orders before, equal to or after `b`'s:
   // unit by unit as unsigned 16-bit values, a shorter name before its longer
   // continuations; 8-bit text compares byte by byte (bytes unsigned) against the
   // units. Names are case-sensitive.
   static int compare(KepRTagEntry const* a, KepRTagEntry const* b) noexcept;
-
-  // Borrows `name` (as borrow()) given as its units and their count.
-  void borrow(unsigned short const* units, int count) noexcept;
 
  private:
   // What the order compares, first so that a search touches one cache line of
@@ -66,7 +69,8 @@ class KEP_API KepRTagEntry : public KepRObject {
   int length;
   int kind;
   std::atomic<int> tag;
-  // The body of `name` or a borrowed string; null otherwise.
+  std::atomic<bool> inRange;
+  // The body of `name` when it is a string; null otherwise.
   KepRString const* units;
   KepString name;
 };

@@ -21,11 +21,11 @@ KepString emptyName() { return KepString(""); }
 
 }  // namespace
 
-KepRTagManager::KepRTagManager() : current(nullptr), nextTag(kFirstFreeTag) {
+KepRTagManager::KepRTagManager() : current(nullptr), nextTag(kFirstFreeTag), indexing(true) {
   auto* first = new KepRTagNameSpace(emptyName(), emptyName(), this);
   appendNameSpace(first);
   first->addRef();
-  current = first;
+  current.store(first, std::memory_order_release);
 }
 
 KepRTagManager::~KepRTagManager() {
@@ -37,7 +37,7 @@ KepRTagManager::~KepRTagManager() {
   }
   namespaces.resize(0);
   ranges.resize(0);
-  if (current != nullptr) current->release();
+  if (KepRTagNameSpace* ns = current.load(std::memory_order_acquire)) ns->release();
 }
 
 void KepRTagManager::appendNameSpace(KepRTagNameSpace* ns) {
@@ -69,20 +69,34 @@ void KepRTagManager::destroyProcessManager() {
   if (m != nullptr) m->release();
 }
 
+// The namespace adds under the tag lock when the name is new.
 int KepRTagManager::add(KepString const& name) {
-  _KepTagLock lock;
-  return current != nullptr ? current->add(name) : 0;
+  KepRTagNameSpace* ns = current.load(std::memory_order_acquire);
+  return ns != nullptr ? ns->add(name) : 0;
 }
 
 int KepRTagManager::add(signed char const* text) {
-  _KepTagLock lock;
-  return current != nullptr ? current->add(text, 1) : 0;
+  KepRTagNameSpace* ns = current.load(std::memory_order_acquire);
+  return ns != nullptr ? ns->add(text, 1) : 0;
 }
 
 int KepRTagManager::addRange(KepTagRange* range) {
-  _KepTagLock lock;
-  return KepTagRange::insert(ranges, range);
+  // A range from a caller may overlap others; see stopIndexing().
+  stopIndexing();
+  return listRange(range);
 }
+
+int KepRTagManager::listRange(KepTagRange* range) {
+  _KepTagLock lock;
+  if (KepTagRange::insert(ranges, range) == 0) return 0;
+  KepRTagNameSpace* owner = range->getNameSpaceBody();
+  if (owner != nullptr && owner->joinedManager() == this) range->joined(true);
+  return 1;
+}
+
+void KepRTagManager::indexEntry(int tag, KepRTagEntry* entry) { directory.put(tag, entry); }
+
+void KepRTagManager::stopIndexing() noexcept { indexing.store(false, std::memory_order_release); }
 
 KepRTagEntry* KepRTagManager::entryOf(int tag) {
   KepTagRange* r = KepTagRange::find(ranges, tag);
@@ -114,31 +128,32 @@ bool KepRTagManager::overlaps(int start, int end) {
 
 int KepRTagManager::loadTagTable(int start, int end, int count, KepTagTable const* table) {
   _KepTagLock lock;
-  if (current == nullptr || end < start || count < 0 || end == INT_MAX) return 0;
+  KepRTagNameSpace* ns = current.load(std::memory_order_acquire);
+  if (ns == nullptr || end < start || count < 0 || end == INT_MAX) return 0;
   if (start == 0 && end == 0) return 0;  // would read as an unplaced range
   int64_t size = int64_t(end) - start + 1;
   if (size > INT_MAX || overlaps(start, end)) return 0;
-  auto* range = new KepTagRange(current, 0, 0);
+  auto* range = new KepTagRange(ns, 0, 0);
   range->set(start, static_cast<int>(size));
   if (end >= nextTag) nextTag = end + 1;
-  KepTagRange* previous = current->getRange();
-  current->setRange(range);
+  KepTagRange* previous = ns->getRange();
+  ns->setRange(range);
   if (range->load(count, table) == 0) {
-    current->setRange(previous);
+    ns->setRange(previous);
     delete range;
     return 0;
   }
-  KepTagRange::insert(ranges, range);
-  current->addRange(range);
+  listRange(range);
+  ns->listRange(range);
   return 1;
 }
 
 int KepRTagManager::nameToTag(KepString const& name) {
   KepRString const* s = KepRString::of(name);
   if (s == nullptr || s->unitCount() == 0) return 0;
-  _KepTagLock lock;
+  KepRTagNameSpace* ns = current.load(std::memory_order_acquire);
   int tag = 0;
-  if (current != nullptr) current->findName(s, tag);
+  if (ns != nullptr) ns->findName(s, tag);
   return tag;
 }
 
@@ -171,13 +186,24 @@ KepTagNameSpace KepRTagManager::setNameSpace(KepString const& name, KepString co
     auto* ns = new KepRTagNameSpace(emptyName(), emptyName(), this);
     appendNameSpace(ns);
     ns->addRef();
-    if (current != nullptr) current->release();
-    current = ns;
+    // The namespace that was current stays alive in the namespaces array.
+    if (KepRTagNameSpace* old = current.exchange(ns, std::memory_order_acq_rel)) old->release();
   }
-  return KepTagNameSpace(static_cast<KepBridgeToObject*>(current));
+  return KepTagNameSpace(static_cast<KepBridgeToObject*>(current.load(std::memory_order_acquire)));
 }
 
 KepString KepRTagManager::tagToName(int tag) const {
+  // While every listed range is the manager's own, the ranges do not overlap and
+  // each is in its namespace's list too, so both searches end at the one range
+  // that holds the tag: the directory has the same answer, as long as no entry
+  // was renamed. Negative tags are not in the directory.
+  if (tag >= 0 && indexing.load(std::memory_order_acquire) && _KepTagDirectory::trusted()) {
+    KepRTagEntry* entry;
+    if (KepRString* body = directory.find(tag, entry)) {
+      return KepString(static_cast<KepBridgeToObject*>(body));
+    }
+    return entry != nullptr ? entry->KepRTagEntry::getName() : KepString();
+  }
   _KepTagLock lock;
   KepRTagEntry* e = const_cast<KepRTagManager*>(this)->entryOf(tag);
   return e != nullptr ? e->KepRTagEntry::getName() : KepString();
@@ -185,7 +211,11 @@ KepString KepRTagManager::tagToName(int tag) const {
 
 void KepRTagManager::adopt(KepRTagNameSpace* ns) {
   _KepTagLock lock;
-  if (ns != nullptr) appendNameSpace(ns);
+  if (ns == nullptr) return;
+  appendNameSpace(ns);
+  // Ranges that a caller gave the namespace before it joined were never checked
+  // against this manager's.
+  if (ns->hasOutsideRanges()) stopIndexing();
 }
 
 int KepRTagManager::getNextTag() const {

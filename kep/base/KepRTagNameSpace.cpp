@@ -1,5 +1,7 @@
 #include "kep/base/KepRTagNameSpace.h"
 
+#include <cstring>
+
 #include "kep/base/KepDebugger.h"
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepGlobals.h"
@@ -24,12 +26,10 @@ KepRTagNameSpace::KepRTagNameSpace(KepString const& nsName, KepString const& nsU
     : name(nsName),
       url(nsUrl),
       entries(_KepTagEntryComparator),
-      probe(new KepRTagEntry()),
       current(nullptr),
       manager(owner),
-      detached(false) {
-  probe->addRef();
-}
+      detached(false),
+      outside(false) {}
 
 KepRTagNameSpace::~KepRTagNameSpace() {
   // The ranges free their entry handles; the set's own references go after.
@@ -41,7 +41,6 @@ KepRTagNameSpace::~KepRTagNameSpace() {
     static_cast<KepRTagEntry*>(*it)->release();
   }
   entries.destroy();
-  probe->release();
 }
 
 KepRTagManager* KepRTagNameSpace::getManager() {
@@ -60,35 +59,29 @@ void KepRTagNameSpace::detach() noexcept {
   detached = true;
 }
 
-KepRTagEntry* KepRTagNameSpace::findProbe(int& tag) {
-  _KepOrderedSetIter it = entries.find(probe);
-  if (it == entries.end()) {
-    tag = 0;
-    return nullptr;
-  }
-  auto* e = static_cast<KepRTagEntry*>(*it);
-  tag = e->getTag();
+namespace {
+
+KepRTagEntry* found(KepRTagEntry* e, int& tag) {
+  tag = e != nullptr ? e->getTag() : 0;
   return e;
 }
 
-KepRTagEntry* KepRTagNameSpace::find(signed char const* text, int& tag) {
-  _KepTagLock lock;
-  probe->set(text);
-  KepRTagEntry* e = findProbe(tag);
-  probe->set(static_cast<signed char const*>(nullptr));
-  return e;
+}  // namespace
+
+KepRTagEntry* KepRTagNameSpace::find(signed char const* text, int& tag) const {
+  if (text == nullptr) return found(nullptr, tag);
+  auto const* bytes = reinterpret_cast<unsigned char const*>(text);
+  int n = static_cast<int>(std::strlen(reinterpret_cast<char const*>(text)));
+  return found(index.find(bytes, n), tag);
 }
 
-KepRTagEntry* KepRTagNameSpace::find(KepString const& key, int& tag) {
-  _KepTagLock lock;
+KepRTagEntry* KepRTagNameSpace::find(KepString const& key, int& tag) const {
   return findName(KepRString::of(key), tag);
 }
 
-KepRTagEntry* KepRTagNameSpace::findName(KepRString const* key, int& tag) {
-  probe->borrow(key);
-  KepRTagEntry* e = findProbe(tag);
-  probe->borrow(nullptr);
-  return e;
+KepRTagEntry* KepRTagNameSpace::findName(KepRString const* key, int& tag) const {
+  if (key == nullptr) return found(nullptr, tag);
+  return found(index.find(key->units(), key->unitCount()), tag);
 }
 
 bool KepRTagNameSpace::addNew(KepString const& newName, int& tag) {
@@ -98,12 +91,12 @@ bool KepRTagNameSpace::addNew(KepString const& newName, int& tag) {
   if (current == nullptr) {
     // The first name: a block of its own, listed with the manager and here.
     auto* r = new KepTagRange(this, 0, 0);
-    if (addRange(r) == 0) {
+    if (listRange(r) == 0) {
       delete r;
       return false;
     }
     current = r;
-    m->addRange(r);
+    m->listRange(r);
   }
   auto* body = new KepRTagEntry();
   body->set(newName, KepRTagEntry::kKindString);
@@ -112,7 +105,10 @@ bool KepRTagNameSpace::addNew(KepString const& newName, int& tag) {
   KepObject keep(static_cast<KepBridgeToObject*>(body));
   if (current->add(new KepTagEntry(static_cast<KepBridgeToObject*>(body))) == 0) return false;
   tag = body->getTag();
-  if (entries.insert(body).second) body->addRef();
+  if (entries.insert(body).second) {
+    body->addRef();
+    index.insert(body);
+  }
   if (gKepDebuggerOptions.load(std::memory_order_relaxed) & 1) {
     KepDebugger::debugRegisterTagName(newName, tag);
   }
@@ -121,8 +117,10 @@ bool KepRTagNameSpace::addNew(KepString const& newName, int& tag) {
 
 int KepRTagNameSpace::add(KepString const& key) {
   if (isEmptyName(key)) return 0;
-  _KepTagLock lock;
   int tag;
+  // A known name needs no lock: names are only ever added.
+  if (find(key, tag) != nullptr) return tag;
+  _KepTagLock lock;
   if (find(key, tag) == nullptr) addNew(key, tag);
   return tag;
 }
@@ -140,6 +138,7 @@ int KepRTagNameSpace::add(signed char const* text, unsigned long create) {
 bool KepRTagNameSpace::addName(signed char const* text, int& tag) {
   tag = 0;
   if (text == nullptr || text[0] == 0) return false;
+  if (find(text, tag) != nullptr) return true;
   _KepTagLock lock;
   if (find(text, tag) != nullptr) return true;
   return addNew(KepString(reinterpret_cast<char const*>(text)), tag);
@@ -147,7 +146,21 @@ bool KepRTagNameSpace::addName(signed char const* text, int& tag) {
 
 int KepRTagNameSpace::addRange(KepTagRange* range) {
   _KepTagLock lock;
-  return KepTagRange::insert(ranges, range);
+  // A range from a caller may overlap others: the manager then searches its
+  // lists instead of trusting its index.
+  if (manager != nullptr) {
+    manager->stopIndexing();
+  } else {
+    outside = true;
+  }
+  return listRange(range);
+}
+
+int KepRTagNameSpace::listRange(KepTagRange* range) {
+  _KepTagLock lock;
+  if (KepTagRange::insert(ranges, range) == 0) return 0;
+  if (range->getNameSpaceBody() == this) range->joined(false);
+  return 1;
 }
 
 KepRTagEntry* KepRTagNameSpace::entryOf(int tag) {

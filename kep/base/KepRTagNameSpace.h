@@ -5,6 +5,7 @@
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepTagNameSpace.h"
 #include "kep/base/KepTagRange.h"
+#include "kep/base/_KepTagIndex.h"
 #include "kep/contain/_KepArrayImpl.h"
 #include "kep/contain/_KepOrderedSetImpl.h"
 
@@ -13,11 +14,12 @@ class KepRTagEntry;
 class KepRTagManager;
 
 // Holds its name and URL, its ranges (owned, ordered by start), its entries in
-// an ordered set by name (one reference on each), a probe entry reused for
-// searches, the current range and the tag manager it belongs to (not counted:
-// the manager keeps its namespaces alive and detaches them when it goes).
+// an ordered set by name (one reference on each) and in an index by name, the
+// current range and the tag manager it belongs to (not counted: the manager keeps
+// its namespaces alive and detaches them when it goes).
 //
-// Thread safety: every operation takes the tag lock.
+// Thread safety: every change takes the tag lock; finding a name by its text
+// reads the name index and takes no lock.
 class KEP_API KepRTagNameSpace : public KepRObject {
   KEP_BODY_IDENTITY(TagNameSpace, KepRObject)
   KEP_BODY_CREATE_ANOTHER(TagNameSpace)
@@ -33,11 +35,11 @@ class KEP_API KepRTagNameSpace : public KepRObject {
   KEP_METHODS_TagNameSpace(KEP_DECLARE_METHOD);
 
   // The entry named by `text` / `name`, or null; `tag` receives its tag (0 when
-  // not found). The 8-bit search uses the probe entry and builds no string.
-  KepRTagEntry* find(signed char const* text, int& tag);
-  KepRTagEntry* find(KepString const& name, int& tag);
-  // find() by a string body (null finds nothing); the caller holds the tag lock.
-  KepRTagEntry* findName(KepRString const* name, int& tag);
+  // not found). The 8-bit search builds no string.
+  KepRTagEntry* find(signed char const* text, int& tag) const;
+  KepRTagEntry* find(KepString const& name, int& tag) const;
+  // find() by a string body (null finds nothing).
+  KepRTagEntry* findName(KepRString const* name, int& tag) const;
 
   // add(text, 1) that tells failure (false) from a name whose tag is 0.
   bool addName(signed char const* text, int& tag);
@@ -46,9 +48,18 @@ class KEP_API KepRTagNameSpace : public KepRObject {
   // process's tag manager here (and is kept by it); null when there is none or
   // the manager has gone.
   KepRTagManager* getManager();
+  // The manager this namespace has joined, or null; unlike getManager() it does
+  // not join one. The caller holds the tag lock.
+  KepRTagManager* joinedManager() const noexcept { return manager; }
   // Called by the manager as it goes: the namespace keeps its names but can
   // place no more ranges.
   void detach() noexcept;
+  // Enters `range` into this namespace's range list as addRange() does, for the
+  // tag manager's own ranges.
+  int listRange(KepTagRange* range);
+  // True when a caller entered a range with addRange() before the namespace
+  // joined a manager.
+  bool hasOutsideRanges() const noexcept { return outside; }
 
   // The entry of `tag` among this namespace's ranges, or null. The caller holds
   // the tag lock.
@@ -63,17 +74,16 @@ class KEP_API KepRTagNameSpace : public KepRObject {
   // Gives a new entry named `name` (known to be absent) its tag; false when no
   // tag can be given.
   bool addNew(KepString const& name, int& tag);
-  // The entry equal to the probe, or null.
-  KepRTagEntry* findProbe(int& tag);
 
   KepString name;
   KepString url;
   _KepArrayImpl<KepTagRange*> ranges;
   _KepOrderedSetImpl entries;
-  KepRTagEntry* probe;
+  _KepTagNameIndex index;
   KepTagRange* current;
   KepRTagManager* manager;
   bool detached;
+  bool outside;
 };
 
 #endif  // KEP_BASE_KEPRTAGNAMESPACE_H

@@ -1,5 +1,6 @@
 #include "kep/base/KepString.h"
 
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -19,15 +20,21 @@ KepString fromText(char const* text, int n) {
 
 // The bodies of the text constructors; built before the handle so that the
 // handle is constructed (and reported to the debugger) once.
+// The whole zero-terminated text.
+KepBridgeToObject* bodyFromText(char const* text) {
+  auto const* bytes = reinterpret_cast<unsigned char const*>(text);
+  return KepRString::createFromBytes(bytes, KepStrLen(reinterpret_cast<signed char const*>(text)));
+}
+
 KepBridgeToObject* bodyFromBytes(char const* text, int offset, int count) {
   auto const* bytes = reinterpret_cast<unsigned char const*>(text);
-  int n = KepRString::byteSpan(bytes, offset, count);
-  return KepRString::createFromBytes(n > 0 ? bytes + offset : nullptr, n);
+  KepRString::Span span = KepRString::byteSpan(bytes, offset, count);
+  return KepRString::createSpan(span.readable > 0 ? bytes + offset : nullptr, span);
 }
 
 KepBridgeToObject* bodyFromUnits(unsigned short const* units, int offset, int count) {
-  int n = KepRString::unitSpan(units, offset, count);
-  return KepRString::create(n > 0 ? units + offset : nullptr, n);
+  KepRString::Span span = KepRString::unitSpan(units, offset, count);
+  return KepRString::createSpan(span.readable > 0 ? units + offset : nullptr, span);
 }
 
 KepString printed(char const* format, ...) __attribute__((format(printf, 1, 2)));
@@ -47,7 +54,8 @@ KepString printed(char const* format, ...) {
 
 int KepStrLen(signed char const* text) {
   if (text == nullptr) return 0;
-  return static_cast<int>(std::strlen(reinterpret_cast<char const*>(text)));
+  std::size_t n = std::strlen(reinterpret_cast<char const*>(text));
+  return n > INT_MAX ? INT_MAX : static_cast<int>(n);
 }
 
 int KepWStrLen(unsigned short const* text) {
@@ -57,9 +65,9 @@ int KepWStrLen(unsigned short const* text) {
   return n;
 }
 
-KepString::KepString(char const* text) : KepString(text, 0, -1) {}
+KepString::KepString(char const* text) : KepObject(bodyFromText(text)) {}
 
-KepString::KepString(signed char* text) : KepString(reinterpret_cast<char const*>(text), 0, -1) {}
+KepString::KepString(signed char* text) : KepObject(bodyFromText(reinterpret_cast<char*>(text))) {}
 
 KepString::KepString(char const* text, int offset, int count)
     : KepObject(bodyFromBytes(text, offset, count)) {}

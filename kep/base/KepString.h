@@ -144,18 +144,20 @@ class KEP_API KepString : public KepObject {
   // string (not a null handle).
   KepString(char const* text);
   KepString(signed char* text);
-  // `count` bytes from `offset`; count -1 takes the length of the whole text
-  // measured from its start, less the offset. A negative offset is taken as 0; a
-  // count of 0 or less (other than -1) gives the empty string. The copy never
-  // goes past the text's terminating zero byte, whatever offset and count say, so
-  // a count of -1 with an offset copies only the rest of the text.
+  // `count` bytes from `offset`. A count of -1 takes the length of the whole text
+  // measured from its start, not from the offset: KepString("abc", 1, -1) has three
+  // units, 'b', 'c' and a zero unit (pass -1 with offset 0). A negative offset is
+  // taken as 0; a count of 0 or less (other than -1) gives the empty string. The
+  // text is never read past its terminating zero byte: a positive count stops
+  // there, and the units of a -1 count that lie beyond it are zero.
   KepString(char const* text, int offset, int count);
   KepString(signed char* text, int offset, int count);
   // The whole zero-terminated UTF-16 text.
   KepString(unsigned short const* units);
   // `count` units from `offset` (the caller vouches that they exist; zero units
-  // among them are kept); count -1 takes the zero-terminated length of the whole
-  // text, less the offset. A negative offset is taken as 0.
+  // among them are kept). A count of -1 takes the zero-terminated length of the
+  // whole text from its start, as for 8-bit text: units beyond the terminator are
+  // zero, never read. A negative offset is taken as 0.
   KepString(unsigned short const* units, int offset, int count);
 
   KEP_METHODS_String(KEP_DECLARE_METHOD);
@@ -193,7 +195,7 @@ class KEP_API KepString : public KepObject {
 
 KEP_METHODS_String(KEP_DECLARE_BRIDGE);
 
-// Length of zero-terminated 8-bit text; 0 for null.
+// Length of zero-terminated 8-bit text (at most INT_MAX); 0 for null.
 KEP_API int KepStrLen(signed char const* text);
 // Number of units before the first zero unit; 0 for null.
 KEP_API int KepWStrLen(unsigned short const* text);

@@ -13,8 +13,8 @@
 //  append(unsigned short)        appends one unit
 //  append(signed char const*[, offset, count])
 //                                appends bytes widened to units; offset and count
-//                                as for KepString's constructors (never past the
-//                                text's zero byte)
+//                                as for KepString's constructors (the text is
+//                                never read past its zero byte)
 //  append(unsigned short const*[, offset, count])
 //                                appends units (zero-terminated text, or count
 //                                units from offset)

@@ -64,8 +64,9 @@
 // makes a separate, empty one. Names are case-sensitive; a name keeps its tag for
 // the life of its manager.
 //
-// Thread safety: every operation takes the tag lock (lock 5 of the process
-// shared-data store); managers may be used from any thread.
+// Thread safety: every change takes the tag lock (lock 5 of the process
+// shared-data store); nameToTag and tagToName read without it, since names and
+// tags are only ever added. Managers may be used from any thread.
 class KEP_API KepTagManager : public KepObject {
   KEP_HANDLE_CONSTRUCTORS(KepTagManager, KepObject)
 

@@ -50,8 +50,9 @@ class KepTagRange;
 // manager makes namespaces (setNameSpace); one made by the factory joins the
 // process's tag manager when it first adds a name.
 //
-// Thread safety: every operation takes the tag lock; namespaces may be used from
-// any thread.
+// Thread safety: every change takes the tag lock, and so do getEntry and
+// tagToName; finding a known name takes none. Namespaces may be used from any
+// thread.
 class KEP_API KepTagNameSpace : public KepObject {
   KEP_HANDLE_CONSTRUCTORS(KepTagNameSpace, KepObject)
 

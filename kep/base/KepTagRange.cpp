@@ -22,7 +22,7 @@ KepTagRange::KepTagRange(KepTagNameSpace const& ns, int first, int last)
     : KepTagRange(static_cast<KepRTagNameSpace*>(ns.getRealKepObj()), first, last) {}
 
 KepTagRange::KepTagRange(KepRTagNameSpace* ns, int first, int last)
-    : count(0), end(last), start(first), owner(ns) {}
+    : count(0), end(last), start(first), owner(ns), inOwnerList(false), inManagerList(false) {}
 
 KepTagRange::~KepTagRange() {
   for (int i = 0; i < count; ++i) {
@@ -62,11 +62,11 @@ int KepTagRange::add(KepTagEntry* entry) {
       return 0;
     }
     auto* next = new KepTagRange(owner, 0, 0);
-    if (next->add(entry) == 0 || owner->addRange(next) == 0) {
+    if (next->add(entry) == 0 || owner->listRange(next) == 0) {
       delete next;
       return 0;
     }
-    manager->addRange(next);
+    manager->listRange(next);
     owner->setRange(next);
     return 1;
   }
@@ -76,12 +76,27 @@ int KepTagRange::add(KepTagEntry* entry) {
     return 0;
   }
   int tag = first + count;
-  static_cast<KepRTagEntry*>(entry->getRealKepObj())->setTag(tag);
+  auto* body = static_cast<KepRTagEntry*>(entry->getRealKepObj());
+  body->setTag(tag);
+  body->placed();
   entries.resize(count + 1);
   if (count % kGroupSize == 0) groups.push_back(entries._findGroup(count));
   *entries._getEntry(count, nullptr, 0, groups.back(), nullptr) = entry;
   ++count;
+  if (KepRTagManager* manager = indexer()) manager->indexEntry(tag, body);
   return 1;
+}
+
+KepRTagManager* KepTagRange::indexer() const {
+  if (!inOwnerList || !inManagerList || owner == nullptr) return nullptr;
+  return owner->joinedManager();
+}
+
+void KepTagRange::joined(bool byManager) {
+  (byManager ? inManagerList : inOwnerList) = true;
+  KepRTagManager* manager = indexer();
+  if (manager == nullptr) return;
+  for (int i = 0; i < count; ++i) manager->indexEntry(start + i, getEntryBody(start + i));
 }
 
 KepTagEntry* KepTagRange::getEntry(int tag) const {
@@ -115,6 +130,11 @@ int KepTagRange::load(int n, KepTagTable const* table) {
 }
 
 void KepTagRange::set(int first, int size) {
+  // Moving a listed range reorders the lists under their searches: the manager
+  // stops trusting its index and searches from then on.
+  if ((inOwnerList || inManagerList) && owner != nullptr) {
+    if (KepRTagManager* manager = owner->joinedManager()) manager->stopIndexing();
+  }
   start = first;
   end = static_cast<int>(int64_t(first) + size - 1);
 }

@@ -9,6 +9,7 @@
 
 class KepTagEntry;
 class KepRTagEntry;
+class KepRTagManager;
 class KepTagNameSpace;
 class KepRTagNameSpace;
 
@@ -77,6 +78,11 @@ class KEP_API KepTagRange {
   int peekStart() const noexcept { return start; }
   int peekEnd() const noexcept { return end; }
 
+  // Called as the range enters the range list of its namespace (byManager false)
+  // or of that namespace's tag manager (true). Once it is in both, the manager
+  // finds its entries by tag without a search.
+  void joined(bool byManager);
+
   // The range of `ranges` (placed ranges ordered by start) that holds `tag`, by
   // binary search; null when none does.
   static KepTagRange* find(_KepArrayImpl<KepTagRange*>& ranges, int tag);
@@ -88,11 +94,17 @@ class KEP_API KepTagRange {
   using Group = _KepArrayImpl<KepTagEntry*>::Group;
 
   void place();
+  // The tag manager that indexes this range's entries, or null while the range
+  // is not in both lists.
+  KepRTagManager* indexer() const;
 
   int count;
   int end;
   int start;
   KepRTagNameSpace* owner;
+  // Whether the range is in its namespace's and in the manager's range list.
+  bool inOwnerList;
+  bool inManagerList;
   _KepArrayImpl<KepTagEntry*> entries;
   // The group of every 32 entries, so that a lookup goes straight to its group.
   std::vector<Group*> groups;

@@ -8,11 +8,13 @@
 
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepProcess.h"
+#include "kep/base/KepThread.h"
+#include "kep/io/KepFile.h"
 #include "kep/io/_KepIO.h"
 #include "kep/xml/KepDOMDocument.h"
 #include "kep/xml/KepDOMElement.h"
 #include "kep/xml/KepRDOMNode.h"
-#include "kep/xml/_KepXMLSimpleTree.h"
+#include "kep/xml/KepXMLParser.h"
 
 namespace {
 
@@ -46,10 +48,14 @@ KepLogger::Level levelOf(std::string const& text) {
   return KepLogger::kError;
 }
 
-// The text of the value `name` of `element`; empty when it is missing.
+// The text of the value `name` of `element` without its leading and trailing
+// white space; empty when it is missing.
 std::string valueText(KepDOMElement const& element, char const* name) {
-  KepString text = element.getString(KepString(name));
-  return text.isNull() ? std::string() : text.toStdString();
+  KepString value = element.getString(KepString(name));
+  std::string text = value.isNull() ? std::string() : value.toStdString();
+  size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return std::string();
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 // An element's own tag (0 for a node named only by its class).
@@ -71,17 +77,38 @@ int _KepReadErrorRegistry() {
     KepProcess::logDebugString("No error registry: %s is not set", KEP_ERROR_REGISTRY_VARIABLE);
     return -1;
   }
-  KepDOMDocument document = KepFactory::getDefaultDoc();
-  int status = KEP_SIMPLE_TREE_READ;
-  KepDOMElement root = _KepReadSimpleTree(path, document, &status);
-  if (status == KEP_SIMPLE_TREE_UNREADABLE) {
+  KepFile file{KepString(path)};
+  if (file.isFile() == 0 || file.canRead() == 0) {
     KepLogger::log(KepLogger::kWarning, "Error registry %s cannot be read; no errors registered",
                    path);
     return -1;
   }
+  // The parser records a failure on the calling thread's error stack; it is
+  // reported on the log here and taken off the stack again.
+  KepThread* thread = KepProcess::getCurrThread();
+  KepObject before = thread != nullptr ? KepObject(thread->getErrorObject()) : KepObject();
+  KepXMLParser parser(KepGetObject(KepClassID::XMLParser, 0));
+  KepDOMNode document = parser.buildObjects(file);
+  file.close();
+  bool failed = thread != nullptr && thread->errorOK() == 0 &&
+                thread->getErrorObject().getRealKepObj() != before.getRealKepObj();
+  if (failed) {
+    KepDOMElement error = thread->getErrorObject();
+    KepLogger::log(
+        KepLogger::kWarning, "Error registry %s is not well-formed: line %d, column %d: %s", path,
+        error.get(KepString("Line")).getInteger(), error.get(KepString("Column")).getInteger(),
+        error.getString(KepString("String")).toStdString().c_str());
+    while (thread->errorOK() == 0 &&
+           thread->getErrorObject().getRealKepObj() != before.getRealKepObj()) {
+      thread->popError();
+    }
+  }
+  KepDOMElement root =
+      document.isNull() ? KepDOMElement() : KepDOMDocument(document).getDocumentElement();
   if (root.isNull()) {
-    KepLogger::log(KepLogger::kWarning,
-                   "Error registry %s is not well-formed; no errors registered", path);
+    if (!failed) {
+      KepLogger::log(KepLogger::kWarning, "Error registry %s holds no element", path);
+    }
     return -1;
   }
   int taken = KepProcess::registerErrors(root);
@@ -104,7 +131,7 @@ int _KepErrorRegistry::registerErrors(KepDOMElement const& errors) {
     if (entry.name.empty()) continue;
     entry.tag = KepNameToTag(entry.name.c_str());
     if (entry.tag == 0) continue;
-    entry.errorId = error.get(KepString("ErrorId")).getInteger();
+    entry.errorId = std::atoi(valueText(error, "ErrorId").c_str());
     entry.message = valueText(error, "Message");
     entry.level = levelOf(valueText(error, "Level"));
     entry.service = valueText(error, "Service");

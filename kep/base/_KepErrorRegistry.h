@@ -87,15 +87,19 @@ KEP_API void _KepLogError(KepDOMElement const& error);
 // when the path does not fit or when `buffer` is null.
 KEP_API bool _KepGetErrorRegistryPath(char* buffer, int size);
 
-// Reads the error registry file that _KepGetErrorRegistryPath names and loads
-// it with KepProcess::registerErrors; the first Kep::init calls it. The file is
-// XML of the shape shown with _KepErrorRegistry; text around child elements is
-// ignored and a value's text is taken without its leading and trailing white
-// space. Answers the number of entries taken, or -1 when no registry was read:
-// the variable is not set, the file cannot be opened, or it is not well-formed
-// XML (then nothing of it is taken). Each outcome is written to the log: a
-// debug line for no registry and for the count taken, a warning for a file that
-// cannot be opened or read. Not thread-safe against a concurrent Kep::destroy.
+// Reads the error registry file that _KepGetErrorRegistryPath names with the
+// object-building XML parser and loads its document element with
+// KepProcess::registerErrors; the first Kep::init calls it. The file is XML of
+// the shape shown with _KepErrorRegistry; a value's text is taken without its
+// leading and trailing white space. A file with a syntax error registers
+// nothing (the parser answers no document); one that ends early is registered
+// as far as the parser read it. A parse error is written to the log instead of
+// being left on the calling thread's error stack. Answers the number of entries
+// taken, or -1 when no registry was read: the variable is not set, the file
+// cannot be read, or no element was read from it. Each outcome is written to
+// the log: a debug line for no registry and for the count taken, a warning for
+// a file that cannot be read, is not well-formed or holds no element. Not
+// thread-safe against a concurrent Kep::destroy.
 KEP_API int _KepReadErrorRegistry();
 
 #endif  // KEP_BASE_KEPERRORREGISTRY_H

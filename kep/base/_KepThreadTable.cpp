@@ -21,6 +21,8 @@ struct _KepThreadExitRecord {
   ~_KepThreadExitRecord();
 
   std::vector<int> slots;
+  // The slot the thread has cached, or null.
+  _KepThreadNode* cached = nullptr;
 };
 
 namespace {
@@ -103,6 +105,20 @@ struct Released {
   _KepThreadDestroyFunc destroy[kWords];
 };
 
+// Under the lock: clears the cache of the thread that has `node` cached.
+void uncache(_KepThreadNode& node) {
+  if (node.cachedBy == nullptr) return;
+  node.cachedBy->store(nullptr, std::memory_order_relaxed);
+  node.cachedBy = nullptr;
+}
+
+// Under the lock: takes a slot out of use but leaves its object and words to
+// the running thread that registered itself there.
+void retire(_KepThreadNode& node) {
+  uncache(node);
+  node.id.store(0, std::memory_order_release);
+}
+
 // Empties a slot (under the lock) into `out`.
 void takeOut(_KepThreadNode& node, std::vector<Released>& out) {
   out.emplace_back();
@@ -114,7 +130,7 @@ void takeOut(_KepThreadNode& node, std::vector<Released>& out) {
     r.destroy[i] = node.destroyFunctions[i].exchange(nullptr, std::memory_order_acq_rel);
   }
   node.exitRecord = nullptr;
-  node.id.store(0, std::memory_order_release);
+  retire(node);
 }
 
 // Outside the lock: runs the destroy functions with their words, then releases
@@ -128,11 +144,33 @@ void finish(std::vector<Released>& released) {
   released.clear();
 }
 
+// Under the lock: caches `node`, which is in use with `id`, for the calling
+// thread, unless the thread is ending (its cache must not outlive its exit
+// hook, which clears it).
+void cacheSlot(_KepThreadNode& node, uint32_t id) {
+  if (tExiting || node.id.load(std::memory_order_acquire) != id) return;
+  _KepThreadExitRecord& record = currentRecord();
+  if (record.cached != nullptr && record.cached->cachedBy == &_kepThreadSlotCache) {
+    record.cached->cachedBy = nullptr;
+  }
+  if (node.cachedBy != nullptr && node.cachedBy != &_kepThreadSlotCache) {
+    // Another thread with the same low id bits: neither keeps a cache of it.
+    uncache(node);
+    record.cached = nullptr;
+    _kepThreadSlotCache.store(nullptr, std::memory_order_relaxed);
+    return;
+  }
+  node.cachedBy = &_kepThreadSlotCache;
+  record.cached = &node;
+  _kepThreadSlotCache.store(&node, std::memory_order_relaxed);
+}
+
 // The calling thread's slot in `table`, or -1. The cached slot is checked first.
 // Otherwise: the lookup's home is the full pthread_self() modulo the size, and
 // its slot is used when it carries that full value; else the probe from the
 // registration's home (the low 32 bits) is asked. On 64-bit thread ids the two
 // homes differ, so the probe is asked also when the lookup's home slot is free.
+// A slot found is cached.
 int findSlot(_KepThreadNode* table) {
   _KepThreadNode* cached = _KepCachedThreadNode();
   if (cached != nullptr && cached >= table && cached < table + kSlots) {
@@ -148,7 +186,10 @@ int findSlot(_KepThreadNode* table) {
     int sawFree = 0;
     slot = LookThroughArray(static_cast<int>(low), table, &sawFree);
   }
-  if (slot >= 0) _kepThreadSlotCache = _KepThreadSlotCache{&table[slot], low};
+  if (slot >= 0) {
+    TableLock lock;
+    cacheSlot(table[slot], low);
+  }
   return slot;
 }
 
@@ -156,9 +197,10 @@ bool validIndex(int index) { return index >= 0 && index < kWords; }
 
 }  // namespace
 
-__thread _KepThreadSlotCache _kepThreadSlotCache = {nullptr, 0};
+__thread _KepThreadSlotCache _kepThreadSlotCache
+    __attribute__((tls_model("initial-exec"))){nullptr};
 
-_KepThreadNode::_KepThreadNode() : id(0), exitRecord(nullptr) {
+_KepThreadNode::_KepThreadNode() : id(0), exitRecord(nullptr), cachedBy(nullptr) {
   for (int i = 0; i < kWords; ++i) {
     data[i].store(nullptr, std::memory_order_relaxed);
     destroyFunctions[i].store(nullptr, std::memory_order_relaxed);
@@ -176,6 +218,9 @@ _KepThreadExitRecord::~_KepThreadExitRecord() {
         if (storage[slot].exitRecord == this) takeOut(storage[slot], released);
       }
     }
+    if (cached != nullptr && cached->cachedBy == &_kepThreadSlotCache) cached->cachedBy = nullptr;
+    cached = nullptr;
+    _kepThreadSlotCache.store(nullptr, std::memory_order_relaxed);
     slots.clear();
     tRecord = nullptr;
   }
@@ -209,7 +254,7 @@ void _KepProcessDestroyThreads() {
       _KepThreadNode& node = table[i];
       if (node.exitRecord != nullptr && node.exitRecord != tRecord) {
         // Another thread that is still running keeps its object and words.
-        node.id.store(0, std::memory_order_release);
+        retire(node);
       } else if (node.id.load(std::memory_order_acquire) != 0 || node.exitRecord != nullptr) {
         takeOut(node, released);
       }
@@ -259,7 +304,7 @@ void _KepProcessRemoveThreadFromArray(KepThread& thread) {
     if (node.exitRecord != nullptr) {
       // Its thread may still be using the object and the words: they stay in the
       // slot, out of use, until that thread ends.
-      node.id.store(0, std::memory_order_release);
+      retire(node);
     } else {
       takeOut(node, released);
     }

@@ -24,6 +24,13 @@ using _KepThreadWord = std::atomic<void*>;
 using _KepThreadDestroyWord = std::atomic<_KepThreadDestroyFunc>;
 
 struct _KepThreadExitRecord;
+struct _KepThreadNode;
+
+// A thread's cached slot: the lookups' fast path, a plain thread-local read.
+// Only the thread itself sets it, and only under lock (2, 18) to a slot in use;
+// whoever takes that slot out of use clears it, under the same lock. So a cached
+// slot is the thread's own until the thread reads null and looks again.
+using _KepThreadSlotCache = std::atomic<_KepThreadNode*>;
 
 // One slot of the table. A slot is in use while `id` is not 0. Slots are claimed
 // and freed under shared-data lock (2, 18); lookups read `id` without the lock.
@@ -43,6 +50,9 @@ struct KEP_API _KepThreadNode {
   // its object and words for it, and its end frees the slot and runs the destroy
   // functions. Guarded by lock (2, 18).
   _KepThreadExitRecord* exitRecord;
+  // The cache of the thread that has this slot cached, null when none has.
+  // Guarded by lock (2, 18).
+  _KepThreadSlotCache* cachedBy;
 };
 
 // Start-up and shut-down (Kep::init's first call, Kep::destroy's last call).
@@ -80,23 +90,13 @@ KEP_API int LookThroughArray(int id, _KepThreadNode* table, int* sawFree);
 // thread.
 KEP_API KepThread* _KepProcessGetCurrThread();
 
-// The calling thread's last found slot and the id it carried then: the lookups'
-// fast path, a plain thread-local read. The slot storage is never freed and a
-// slot taken out of use has id 0, so a stale entry only fails the id check.
-struct _KepThreadSlotCache {
-  _KepThreadNode* node;
-  uint32_t id;
-};
+// The calling thread's cached slot (see _KepThreadSlotCache).
 KEP_API extern __thread _KepThreadSlotCache _kepThreadSlotCache
     __attribute__((tls_model("initial-exec")));
 
-// The calling thread's slot when the cache still holds it, else null.
+// The calling thread's slot when it is cached, else null.
 inline _KepThreadNode* _KepCachedThreadNode() noexcept {
-  _KepThreadSlotCache cache = _kepThreadSlotCache;
-  if (cache.node != nullptr && cache.node->id.load(std::memory_order_acquire) == cache.id) {
-    return cache.node;
-  }
-  return nullptr;
+  return _kepThreadSlotCache.load(std::memory_order_relaxed);
 }
 
 // _KepGetCurrThreadData() for a caller whose slot is not cached.

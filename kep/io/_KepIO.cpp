@@ -45,9 +45,6 @@ class TableLock {
   bool held_;
 };
 
-// The length of a path read no further than `limit` bytes; `limit` when no zero
-// byte came before it.
-
 }  // namespace
 
 uint32_t __KepIOTableInit() {

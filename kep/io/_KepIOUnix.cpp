@@ -55,6 +55,27 @@ uint32_t position(int fd, long offset, int whence) {
   return offset != 0 && lseek(fd, offset, SEEK_CUR) < 0 ? KEP_IO_FAILED : 0;
 }
 
+// Whether a read that failed with `error` may succeed when tried again. A bad
+// or write-only descriptor, a directory, a bad buffer or an unsuitable request
+// fail the same way every time, so they are not tried again.
+bool readMayRecover(int error) {
+  return error != EBADF && error != EISDIR && error != EFAULT && error != EINVAL;
+}
+
+// The tries of a read after its first failed: up to kReadTries - 1 more, each
+// after the retry pause, while the failure is one that may pass. Answers the
+// last result of read(); errno holds its error when that is negative. Kept out
+// of _KepIORead so that the common path of a read is a single call.
+__attribute__((noinline, cold)) ssize_t readAgain(int fd, void* buffer, size_t length) {
+  ssize_t got = -1;
+  for (int attempt = 1; attempt < kReadTries && readMayRecover(errno); ++attempt) {
+    _KepIOTimeDelay(gReadRetryPauseMs.load(std::memory_order_relaxed));
+    got = read(fd, buffer, length);
+    if (got >= 0) break;
+  }
+  return got;
+}
+
 // A record lock of type `type` on one byte at `start`.
 int recordLock(int fd, short type, long start) {
   struct flock lock;
@@ -225,16 +246,8 @@ uint32_t _KepIORead(_Io_File* file, long where, uint16_t length, void* buffer, u
     uint32_t rc = position(file->fd, where, SEEK_SET);
     if (rc != 0) return rc;
   }
-  ssize_t got = -1;
-  for (int attempt = 0; attempt < kReadTries; ++attempt) {
-    got = read(file->fd, buffer, length);
-    if (got >= 0) break;
-    if (attempt + 1 < kReadTries) {
-      int error = errno;
-      _KepIOTimeDelay(gReadRetryPauseMs.load(std::memory_order_relaxed));
-      errno = error;
-    }
-  }
+  ssize_t got = read(file->fd, buffer, length);
+  if (got < 0) got = readAgain(file->fd, buffer, length);
   if (got < 0) return lastError();
   if (count != nullptr) *count = static_cast<uint16_t>(got);
   return got == length ? 0 : KEP_IO_SHORT_READ;
@@ -371,6 +384,14 @@ uint32_t _KepIOCopy(char const* from, unsigned long fromFlags, char const* to,
   // only decide the permissions below.
   unsigned long openFlags = flags | 0x240;
   if ((openFlags & O_ACCMODE) == O_RDONLY) openFlags |= O_RDWR;
+  // Opening the destination truncates it, so a destination that is the source
+  // itself (by another name or a link, too) would lose the source's bytes.
+  struct stat fromInfo;
+  struct stat toInfo;
+  if (from != nullptr && to != nullptr && stat(from, &fromInfo) == 0 && stat(to, &toInfo) == 0 &&
+      fromInfo.st_dev == toInfo.st_dev && fromInfo.st_ino == toInfo.st_ino) {
+    return KEP_IO_COPY_DESTINATION;
+  }
   _Io_File destination;
   if (__KepIOOpenCreating(to, openFlags, 0666, &destination) != 0) {
     return KEP_IO_COPY_DESTINATION;

@@ -74,9 +74,11 @@ KEP_API uint32_t _KepIOClose(_Io_File* file);
 // Reads up to `length` bytes into `buffer`, first seeking to `position` unless it
 // is KEP_IO_CURRENT (positions of 2^31 and more are reached in steps). The read is
 // tried up to ten times, pausing 250 ms (_KepIOSetReadRetryPause) between failed
-// tries. `*count` (when not null) receives the bytes read; KEP_IO_SHORT_READ when
-// that is not `length` (0 at the end of the file), the mapped error when every
-// try failed. A failed seek gives KEP_IO_BAD_HANDLE (KEP_IO_FAILED in the steps).
+// tries; failures that no retry can change (a descriptor not open for reading,
+// a directory, a bad buffer) end the tries at once. `*count` (when not null)
+// receives the bytes read; KEP_IO_SHORT_READ when that is not `length` (0 at
+// the end of the file), the mapped error when every try failed. A failed seek gives
+// KEP_IO_BAD_HANDLE (KEP_IO_FAILED in the steps).
 KEP_API uint32_t _KepIORead(_Io_File* file, long position, uint16_t length, void* buffer,
                             uint16_t* count);
 // Writes `length` bytes of `buffer` at `position` relative to `whence`
@@ -129,11 +131,12 @@ KEP_API uint32_t _KepIOMove(char const* from, char const* to);
 // Copies the file `from` (opened with `fromFlags`, must be present) to `to`
 // (opened with flags | 0x240 through __KepIOOpenCreating: created or truncated,
 // and read-write when the flags name read-only access; KEP_IO_COPY_DESTINATION
-// when that fails). A failed copy closes and deletes the
-// destination. A complete one gives the destination the source's access and
-// modification times (whole seconds) and mode, less the write permissions when
-// flag 2 (read-write) is clear: all write bits when flag 1 (write) is set, else
-// the group and other write bits.
+// when that fails, or when `to` is the file `from` itself, which is then left
+// alone). A failed copy closes and deletes the destination. A complete one
+// gives the destination the source's access and modification times (whole
+// seconds) and mode, less the write permissions when flag 2 (read-write) is
+// clear: all write bits when flag 1 (write) is set, else the group and other
+// write bits.
 KEP_API uint32_t _KepIOCopy(char const* from, unsigned long fromFlags, char const* to,
                             unsigned long flags);
 

@@ -3,60 +3,78 @@
 #include "kep/multi/_KepThread.h"
 #include "kep/multi/_KepThreadUnix.h"
 
-_KepSemaphore::~_KepSemaphore() { destroy(); }
+namespace {
 
-void* _KepSemaphore::ensureMutex() {
-  void* m = mutex.load(std::memory_order_acquire);
-  if (m != nullptr) return m;
-  // Creation is serialised by the process semaphore; the re-check under it keeps
-  // two racing first lockers from making two mutexes.
-  bool guarded = _KepMSemWait(&KepProcessSemaphore, static_cast<unsigned long>(-1)) == 0;
-  m = mutex.load(std::memory_order_acquire);
-  if (m == nullptr && _KepMSemCreate(&m) == 0) {
-    if (!guarded) {
-      // Without the process semaphore (library not loaded yet) fall back to a
-      // compare-and-swap so that a losing creator frees its mutex.
-      void* expected = nullptr;
-      if (!mutex.compare_exchange_strong(expected, m, std::memory_order_acq_rel)) {
-        _KepMSemDestroy(&m);
-        m = expected;
-      }
-    } else {
-      mutex.store(m, std::memory_order_release);
-    }
+constexpr uint32_t kFree = 0;
+constexpr uint32_t kHeld = 1;
+constexpr uint32_t kContended = 2;
+
+// An owner that entered while it was the process's only thread holds the lock
+// without the word: the thread that took the word waits for its last unlock.
+[[gnu::noinline]] void waitForOwnerToLeave(std::atomic<unsigned long>& owner) {
+  for (unsigned long nap = 1; owner.load(std::memory_order_acquire) != 0;
+       nap = nap < 8 ? nap * 2 : 8) {
+    _KepThrdDelay(nap);
   }
-  if (guarded) _KepMSemSignal(&KepProcessSemaphore);
-  return m;
 }
 
+}  // namespace
+
+_KepSemaphore::~_KepSemaphore() { destroy(); }
+
 // Only the owner ever finds its own id in `owner`, so the relaxed reads below
-// are exact for the calling thread. The mutex is this lock's own, so it is taken
-// without the signature check of _KepMSemWait.
+// are exact for the calling thread. The lock word carries the ordering between
+// owners: taking it acquires, freeing it releases.
 void _KepSemaphore::lock() {
   unsigned long self = _KepThrdSelf();
   if (owner.load(std::memory_order_relaxed) == self) {
     ++depth;
     return;
   }
-  void* m = mutex.load(std::memory_order_acquire);
-  if (m == nullptr) m = ensureMutex();
-  if (m != nullptr) _KepMSemLockOwn(m);
+  if (_KepThrdSingleThreaded()) {
+    // The only thread of the process: nobody else holds the lock or waits.
+    owner.store(self, std::memory_order_relaxed);
+    depth = 1;
+    holdsWord = false;
+    return;
+  }
+  uint32_t seen = kFree;
+  if (!word.compare_exchange_strong(seen, kHeld, std::memory_order_acquire,
+                                    std::memory_order_relaxed)) {
+    waitContended(seen);
+  }
+  if (owner.load(std::memory_order_acquire) != 0) waitForOwnerToLeave(owner);
   owner.store(self, std::memory_order_relaxed);
   depth = 1;
+  holdsWord = true;
+}
+
+// The lock was seen taken: mark it contended, so that its release wakes a
+// waiter, and sleep until an exchange finds it free. A thread that takes the
+// lock this way leaves it marked contended, which costs at most one needless
+// wake-up at its release.
+[[gnu::noinline]] void _KepSemaphore::waitContended(uint32_t seen) {
+  if (seen != kContended) seen = word.exchange(kContended, std::memory_order_acquire);
+  while (seen != kFree) {
+    _KepFutexWait(&word, kContended);
+    seen = word.exchange(kContended, std::memory_order_acquire);
+  }
 }
 
 void _KepSemaphore::unlock() {
   if (owner.load(std::memory_order_relaxed) != _KepThrdSelf() || depth == 0) return;
-  if (--depth == 0) {
-    owner.store(0, std::memory_order_relaxed);
-    void* m = mutex.load(std::memory_order_acquire);
-    if (m != nullptr) _KepMSemUnlockOwn(m);
+  if (--depth != 0) return;
+  bool release = holdsWord;
+  holdsWord = false;
+  owner.store(0, std::memory_order_release);
+  if (release && word.exchange(kFree, std::memory_order_release) == kContended) {
+    _KepFutexWake(&word, 1);
   }
 }
 
 void _KepSemaphore::destroy() {
-  void* m = mutex.exchange(nullptr, std::memory_order_acq_rel);
-  if (m != nullptr) _KepMSemDestroy(&m);
   owner.store(0, std::memory_order_relaxed);
   depth = 0;
+  holdsWord = false;
+  word.store(kFree, std::memory_order_release);
 }

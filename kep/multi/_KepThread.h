@@ -177,9 +177,10 @@ KEP_API uint32_t _KepSignalCount(int* id);
 // Removes the set. KEP_SEM_BAD_HANDLE when it cannot be removed.
 KEP_API uint32_t _KepDestroyCount(int* id);
 
-// The process-wide mutex semaphore that serialises the lazy creation of every
-// recursive lock's mutex. Created when the library is loaded (kep_init) and
-// destroyed when it is unloaded; null outside that time.
+// The process-wide mutex semaphore that serialises lazy creations of process-wide
+// state: the shared-data record and the lock of each object. Created when the
+// library is loaded (kep_init) and destroyed when it is unloaded; null outside
+// that time.
 extern "C" KEP_API void* KepProcessSemaphore;
 
 #endif  // KEP_MULTI_KEPTHREAD_H

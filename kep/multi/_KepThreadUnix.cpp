@@ -1,8 +1,10 @@
 // POSIX implementation of the thread layer.
 #include <errno.h>
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
+#include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -79,6 +81,25 @@ uint32_t _KepMSemDestroy(void** sem) {
   std::free(block);
   *sem = nullptr;
   return 0;
+}
+
+static_assert(sizeof(std::atomic<uint32_t>) == sizeof(uint32_t), "a lock word is a futex word");
+
+namespace {
+
+long futex(std::atomic<uint32_t>* word, int op, uint32_t value) {
+  return syscall(SYS_futex, reinterpret_cast<uint32_t*>(word), op | FUTEX_PRIVATE_FLAG, value,
+                 nullptr, nullptr, 0);
+}
+
+}  // namespace
+
+void _KepFutexWait(std::atomic<uint32_t>* word, uint32_t expected) noexcept {
+  futex(word, FUTEX_WAIT, expected);
+}
+
+void _KepFutexWake(std::atomic<uint32_t>* word, int count) noexcept {
+  futex(word, FUTEX_WAKE, static_cast<uint32_t>(count));
 }
 
 void _KepThrdDelay(unsigned long ms) {

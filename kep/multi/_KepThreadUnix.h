@@ -6,6 +6,9 @@
 #include <pthread.h>
 #include <sys/single_threaded.h>
 
+#include <atomic>
+#include <cstdint>
+
 // True while the process has never started a second thread. The C library
 // clears it before the first pthread_create() returns, so counts updated without
 // atomic instructions up to then are visible to every later thread.
@@ -28,13 +31,11 @@ struct _KepMutexSemaphore {
   pthread_mutex_t mutex;
 };
 
-// Lock and unlock of a mutex semaphore that the caller made itself and keeps, so
-// that its signature needs no check. Answer pthread's result.
-inline int _KepMSemLockOwn(void* sem) noexcept {
-  return pthread_mutex_lock(&static_cast<_KepMutexSemaphore*>(sem)->mutex);
-}
-inline int _KepMSemUnlockOwn(void* sem) noexcept {
-  return pthread_mutex_unlock(&static_cast<_KepMutexSemaphore*>(sem)->mutex);
-}
+// Sleeps the calling thread while `*word` holds `expected` (until a wake-up, a
+// signal, or at once when the word has changed); the caller checks the word
+// again.
+void _KepFutexWait(std::atomic<uint32_t>* word, uint32_t expected) noexcept;
+// Wakes up to `count` threads sleeping on `word`.
+void _KepFutexWake(std::atomic<uint32_t>* word, int count) noexcept;
 
 #endif  // KEP_MULTI_KEPTHREADUNIX_H

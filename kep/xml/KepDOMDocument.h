@@ -16,35 +16,36 @@ class KepDOMText;
 
 // The operations KepDOMDocument adds (W3C Document). Every node a document
 // makes belongs to it (getOwnerDocument) and has no parent yet. A name the
-// tag manager does not know yet is added to it.
+// tag manager does not know yet is added to it. A refusal records the error
+// "DOMError" on the calling thread (see KepThread) with the values "Code" (the
+// W3C exception code) and "Method".
 //
 //  createElement(name), createElement(tag)
 //                          a plain element ("DomElement" class) of that name; a
-//                          null or empty name (tag 0) is refused (null) and
-//                          records the error "DOMError" with "Code" 5 and
-//                          "Method" on the calling thread (see KepThread)
+//                          null or empty name (tag 0) is refused (null, code 5)
 //  createElementNS(uri, qualifiedName)
 //                          an element with node ID, prefix, local-name and URI
-//                          tags taken from the arguments; refused (null) as
-//                          KepDOMElement::setAttributeNS refuses its names
+//                          tags taken from the arguments; refused (null, code
+//                          14) as KepDOMElement::setAttributeNS refuses its names
 //  createDocumentFragment(), createTextNode(data), createComment(data),
 //  createCDATASection(data), createProcessingInstruction(target, data),
 //  createEntityReference(name)
 //                          the new node; a null or empty target or name is
-//                          refused
+//                          refused (code 5)
 //  createAttribute(name), createAttributeNS(uri, qualifiedName)
-//                          a new attribute with the empty value
+//                          a new attribute with the empty value; names refused
+//                          as by createElement and createElementNS
 //  getElementsByTagName(name), getElementsByTagNameNS(uri, localName)
 //                          the elements of the document with that name (local
 //                          name and URI; "*" matches any), in document order, as a
 //                          list taken now
 //  importNode(node, deep)  a copy of a node of any document (cloneNode(deep)) that
 //                          belongs to this one; documents and document types are
-//                          refused (null)
+//                          refused (null, code 9)
 //  adoptNode(node)         takes the node itself, with its subtree, out of its
 //                          parent (an attribute out of its element) into this
 //                          document and answers it; documents and document types
-//                          are refused (null)
+//                          are refused (null, code 9)
 //  getElementById(id)      the first element, in document order, whose attribute
 //                          "id" has that value (there is no DTD to declare other ID
 //                          attributes); null when none

@@ -36,20 +36,22 @@ class KepDate;
 //                          thread (see KepThread)
 //  setAttributeNS(uri, qualifiedName, value)
 //                          the same by namespace URI and local name; an existing
-//                          attribute takes the new prefix. Refused: a prefix
-//                          without URI, the prefix "xml" with another URI than
-//                          the XML namespace, "xmlns" (as prefix or name) with
-//                          another URI than the xmlns namespace.
+//                          attribute takes the new prefix. Refused, recording
+//                          "DOMError" with "Code" 14: a prefix without URI,
+//                          the prefix "xml" with another URI than the XML
+//                          namespace, "xmlns" (as prefix or name) with another
+//                          URI than the xmlns namespace.
 //  setAttributeNode(a), setAttributeNodeNS(a)
 //                          adds the attribute node (adopting it from another
 //                          document), replacing the one of the same name (of the
 //                          same URI and local name); answers the replaced node or
 //                          null. An attribute of another element is refused
-//                          (null, nothing changes).
+//                          (null, nothing changes; "DOMError" with "Code" 10),
+//                          as is a handle that is no attribute ("Code" 8).
 //  removeAttribute(name), removeAttributeNS(uri, localName)
 //                          removes it when present
 //  removeAttributeNode(a)  removes and answers it; null when `a` is not an
-//                          attribute of this element
+//                          attribute of this element ("DOMError" with "Code" 8)
 //  In namespace lookups an attribute set without namespace (setAttribute)
 //  matches a null URI and its whole name.
 //
@@ -127,8 +129,14 @@ class KepDate;
 //  getLocalNameID()        the local-name tag
 // Changing the element's children, or the data of one of its text children,
 // drops the cached value (the text then is the value).
+//
+// The table comes in three parts: the body declares operations without a bridge
+// between them (see KepRDOMElement), so that every operation keeps its slot.
 // clang-format off
 #define KEP_METHODS_DOMElement(X)                                                               \
+  KEP_METHODS_DOMElementValues(X) KEP_METHODS_DOMElementPaths(X) KEP_METHODS_DOMElementNames(X)
+
+#define KEP_METHODS_DOMElementValues(X)                                                         \
   X(DOMElement, KepString, getAttribute, (KepString const& name), (name), const, 0)             \
   X(DOMElement, KepDOMAttribute, getAttributeNode, (KepString const& name), (name), const, 0)   \
   X(DOMElement, KepString, getAttributeNS, (KepString const& uri, KepString const& localName),  \
@@ -184,13 +192,17 @@ class KepDate;
   X(DOMElement, float, getFloat, (), (), const, 0)                                              \
   X(DOMElement, long double, getDouble, (), (), const, 0)                                       \
   X(DOMElement, KepObject, getKepObject, (), (), const, 0)                                      \
-  X(DOMElement, KepObject, toKepObject, (), (), , 1)                                            \
+  X(DOMElement, KepObject, toKepObject, (), (), , 1)
+
+#define KEP_METHODS_DOMElementPaths(X)                                                          \
   X(DOMElement, KepDOMElement, find, (KepXPointer const& path, unsigned long create),           \
     (path, create), const, 1)                                                                   \
   X(DOMElement, void, setString, (KepString const& text), (text), , 1)                          \
   X(DOMElement, KepString, getString, (KepString const& name), (name), const, 0)                \
   X(DOMElement, KepString, getString, (int tag), (tag), const, 0)                               \
-  X(DOMElement, void, setPreserveSpace, (unsigned long preserve), (preserve), , 1)              \
+  X(DOMElement, void, setPreserveSpace, (unsigned long preserve), (preserve), , 1)
+
+#define KEP_METHODS_DOMElementNames(X)                                                          \
   X(DOMElement, int, getLocalNameID, (), (), const, 0)
 // clang-format on
 

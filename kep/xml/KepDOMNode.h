@@ -50,13 +50,15 @@ class KepRDOMDocument;
 //  replaceChild(n, old)    puts `n` where the child `old` was and answers `old`;
 //                          refused (null) as for insertBefore or when `old` is not
 //                          a child. Replacing a node by itself answers it.
-//                          When these three are called on a node that cannot
-//                          have children, or given a null node (or a handle on
-//                          something that is no node), they also record the
+//                          Every refusal of these three also records the
 //                          error "DOMError" on the calling thread (see
-//                          KepThread) with the values "Code" (the W3C code: 3
-//                          on a node without children, else 8) and "Method";
-//                          their other refusals record nothing.
+//                          KepThread) with the values "Code" and "Method". The
+//                          code is the W3C one: 8 (not found) when the child,
+//                          the reference or `old` is not a child of this node,
+//                          or a node was expected and none (or a handle on
+//                          something that is no node) was given; 3 (hierarchy
+//                          request) when this node may not hold the new node
+//                          (also when it holds no children at all).
 //  transferChildren(to)    moves every child, in order, to the end of `to`'s
 //                          children; answers how many moved (refused ones stay)
 //  transferAttribs(to)     moves every attribute of this element to the element

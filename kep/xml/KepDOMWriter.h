@@ -89,7 +89,8 @@ class KepDOMDocument;
 //                          (unless it has a dt attribute of its own); a plain
 //                          element with a data type 1..8 gets " dt=\"<type>\""
 //                          (int, string, date, object, boolean, i8, r4, float)
-//                          through its hook, after its attributes
+//                          through its hook, after its attributes; both pass
+//                          the attribute filter (views) under the name "dt"
 //  service                 an element with a service tag gets " xs=\"<name>\""
 //  text                    escaped as normalizedWrite()
 //  CDATA section           "<![CDATA[" value "]]>", unescaped

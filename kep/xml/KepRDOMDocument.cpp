@@ -118,12 +118,16 @@ KepDOMElement KepRDOMDocument::createElement(int tag) {
 }
 
 template <class H, class B>
-H KepRDOMDocument::madeNS(KepString const& uri, KepString const& qualifiedName) const {
+H KepRDOMDocument::madeNS(KepString const& uri, KepString const& qualifiedName,
+                          char const* method) const {
   int id = 0;
   int prefix = 0;
   int local = 0;
   int uriTag = 0;
-  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) return H();  // NAMESPACE_ERR
+  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) {
+    recordError(kNamespaceErr, method, "xml/KepRDOMDocument", __LINE__);
+    return H();
+  }
   auto* body = new B();
   body->setNames(id, prefix, local, uriTag);
   return made<H>(body);
@@ -131,7 +135,7 @@ H KepRDOMDocument::madeNS(KepString const& uri, KepString const& qualifiedName) 
 
 KepDOMElement KepRDOMDocument::createElementNS(KepString const& uri,
                                                KepString const& qualifiedName) {
-  return madeNS<KepDOMElement, KepRDOMElement>(uri, qualifiedName);
+  return madeNS<KepDOMElement, KepRDOMElement>(uri, qualifiedName, "createElementNS");
 }
 
 KepDOMDocumentFragment KepRDOMDocument::createDocumentFragment() {
@@ -159,7 +163,11 @@ KepDOMCDATASection KepRDOMDocument::createCDATASection(KepString const& data) {
 KepDOMProcessingInstruction KepRDOMDocument::createProcessingInstruction(KepString const& target,
                                                                          KepString const& data) {
   int tag = tagOf(target);
-  if (tag == 0) return KepDOMProcessingInstruction();
+  if (tag == 0) {
+    recordError(kInvalidCharacterErr, "createProcessingInstruction", "xml/KepRDOMDocument",
+                __LINE__);
+    return KepDOMProcessingInstruction();
+  }
   auto* instruction = new KepRDOMProcessingInstruction();
   instruction->setNames(tag, 0, 0, 0);
   instruction->initData(data);
@@ -168,7 +176,10 @@ KepDOMProcessingInstruction KepRDOMDocument::createProcessingInstruction(KepStri
 
 KepDOMAttribute KepRDOMDocument::createAttribute(KepString const& name) {
   int tag = tagOf(name);
-  if (tag == 0) return KepDOMAttribute();
+  if (tag == 0) {
+    recordError(kInvalidCharacterErr, "createAttribute", "xml/KepRDOMDocument", __LINE__);
+    return KepDOMAttribute();
+  }
   auto* attribute = new KepRDOMAttribute();
   attribute->setNames(tag, 0, 0, 0);
   return made<KepDOMAttribute>(attribute);
@@ -176,12 +187,15 @@ KepDOMAttribute KepRDOMDocument::createAttribute(KepString const& name) {
 
 KepDOMAttribute KepRDOMDocument::createAttributeNS(KepString const& uri,
                                                    KepString const& qualifiedName) {
-  return madeNS<KepDOMAttribute, KepRDOMAttribute>(uri, qualifiedName);
+  return madeNS<KepDOMAttribute, KepRDOMAttribute>(uri, qualifiedName, "createAttributeNS");
 }
 
 KepDOMEntityReference KepRDOMDocument::createEntityReference(KepString const& name) {
   int tag = tagOf(name);
-  if (tag == 0) return KepDOMEntityReference();
+  if (tag == 0) {
+    recordError(kInvalidCharacterErr, "createEntityReference", "xml/KepRDOMDocument", __LINE__);
+    return KepDOMEntityReference();
+  }
   auto* reference = new KepRDOMEntityReference();
   reference->setNames(tag, 0, 0, 0);
   return made<KepDOMEntityReference>(reference);
@@ -238,7 +252,8 @@ KepDOMNode KepRDOMDocument::importNode(KepDOMNode const& node, unsigned long dee
   if (source == nullptr) return KepDOMNode();
   int type = source->getNodeType();
   if (type == KepDOMNode::DOCUMENT_NODE || type == KepDOMNode::DOCUMENT_TYPE_NODE) {
-    return KepDOMNode();  // NOT_SUPPORTED_ERR
+    recordError(kNotSupportedErr, "importNode", "xml/KepRDOMDocument", __LINE__);
+    return KepDOMNode();
   }
   KepDOMNode copy = source->cloneNode(deep);
   KepRDOMNode* body = of(copy);
@@ -251,7 +266,8 @@ KepDOMNode KepRDOMDocument::adoptNode(KepDOMNode const& node) {
   if (body == nullptr) return KepDOMNode();
   int type = body->getNodeType();
   if (type == KepDOMNode::DOCUMENT_NODE || type == KepDOMNode::DOCUMENT_TYPE_NODE) {
-    return KepDOMNode();  // NOT_SUPPORTED_ERR
+    recordError(kNotSupportedErr, "adoptNode", "xml/KepRDOMDocument", __LINE__);
+    return KepDOMNode();
   }
   KepDOMNode held = _KepDOMHandle<KepDOMNode>(body);
   if (type == KepDOMNode::ATTRIBUTE_NODE) {

@@ -45,9 +45,9 @@ class KEP_API KepRDOMDocument : public KepRDOMDocumentFragment {
   template <class H, class B>
   H made(B* body) const;
   // A handle on a new body named by a namespace-qualified name; null when the
-  // name is refused.
+  // name is refused, which `method` records.
   template <class H, class B>
-  H madeNS(KepString const& uri, KepString const& qualifiedName) const;
+  H madeNS(KepString const& uri, KepString const& qualifiedName, char const* method) const;
   // The child of `type`, or null.
   KepRDOMNode* childOfType(int type) const;
 

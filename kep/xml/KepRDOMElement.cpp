@@ -15,6 +15,7 @@
 #include "kep/xml/KepRDOMAttributeList.h"
 #include "kep/xml/KepRDOMNodeList.h"
 #include "kep/xml/KepRDOMText.h"
+#include "kep/xml/KepRDOMWriter.h"
 #include "kep/xml/KepXPointer.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMElement);
@@ -217,7 +218,10 @@ void KepRDOMElement::setAttributeNS(KepString const& uri, KepString const& quali
   int prefix = 0;
   int local = 0;
   int uriTag = 0;
-  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) return;  // NAMESPACE_ERR
+  if (!qualifiedTags(uri, qualifiedName, id, prefix, local, uriTag)) {
+    recordError(kNamespaceErr, "setAttributeNS", "xml/KepRDOMElement", __LINE__);
+    return;
+  }
   if (KepRDOMAttribute* attribute = findAttributeNS(uriTag, local)) {
     attribute->setNames(id, prefix, local, uriTag);
     attribute->setValue(text);
@@ -231,18 +235,26 @@ void KepRDOMElement::setAttributeNS(KepString const& uri, KepString const& quali
   attributeList()->put(attribute, true, refused);
 }
 
-KepDOMAttribute KepRDOMElement::setAttributeNode(KepDOMAttribute const& newAttr) {
+KepDOMAttribute KepRDOMElement::putAttributeNode(KepDOMAttribute const& newAttr, bool byNS,
+                                                 char const* method) {
   KepRDOMAttribute* attribute = attributeOf(newAttr);
-  if (attribute == nullptr) return KepDOMAttribute();
+  if (attribute == nullptr) {
+    recordError(kNotFoundErr, method, "xml/KepRDOMElement", __LINE__);
+    return KepDOMAttribute();
+  }
   bool refused = false;
-  return KepDOMAttribute(attributeList()->put(attribute, false, refused));  // INUSE_ATTRIBUTE_ERR
+  KepDOMAttribute replaced(attributeList()->put(attribute, byNS, refused));
+  // The map refuses only an attribute that another element holds.
+  if (refused) recordError(kInUseAttributeErr, method, "xml/KepRDOMElement", __LINE__);
+  return replaced;
+}
+
+KepDOMAttribute KepRDOMElement::setAttributeNode(KepDOMAttribute const& newAttr) {
+  return putAttributeNode(newAttr, false, "setAttributeNode");
 }
 
 KepDOMAttribute KepRDOMElement::setAttributeNodeNS(KepDOMAttribute const& newAttr) {
-  KepRDOMAttribute* attribute = attributeOf(newAttr);
-  if (attribute == nullptr) return KepDOMAttribute();
-  bool refused = false;
-  return KepDOMAttribute(attributeList()->put(attribute, true, refused));
+  return putAttributeNode(newAttr, true, "setAttributeNodeNS");
 }
 
 void KepRDOMElement::removeAttribute(KepString const& name) {
@@ -255,8 +267,13 @@ void KepRDOMElement::removeAttributeNS(KepString const& uri, KepString const& lo
 
 KepDOMAttribute KepRDOMElement::removeAttributeNode(KepDOMAttribute const& oldAttr) {
   KepRDOMAttribute* attribute = attributeOf(oldAttr);
-  if (attribute == nullptr || attributes == nullptr) return KepDOMAttribute();
-  return KepDOMAttribute(attributes->takeAt(attributes->indexOfBody(attribute)));  // NOT_FOUND_ERR
+  int index =
+      attribute != nullptr && attributes != nullptr ? attributes->indexOfBody(attribute) : -1;
+  if (index < 0) {
+    recordError(kNotFoundErr, "removeAttributeNode", "xml/KepRDOMElement", __LINE__);
+    return KepDOMAttribute();
+  }
+  return KepDOMAttribute(attributes->takeAt(index));
 }
 
 int KepRDOMElement::transferAttribs(KepDOMNode& to) {
@@ -524,9 +541,21 @@ unsigned long KepRDOMElement::serializeAsXML(KepDOMWriter& writer) {
   if (state != KepDOMWriter::ELEMENT_TRANSFORM && state != KepDOMWriter::ELEMENT_BEFORE_CHILDREN) {
     return 0;
   }
+  static KepString const dtName("dt");
   KepString type = _getDataTypeStr(dataType);
-  if (type.isNull() || findAttribute(knownTagOf(KepString("dt"))) != nullptr) return 0;
+  if (type.isNull() || findAttribute(knownTagOf(dtName)) != nullptr) return 0;
   if (state == KepDOMWriter::ELEMENT_TRANSFORM) return 1;
+  // Like the writer's own dt and xs, the type passes the writer's attribute
+  // filter first: a view, or a derived writer, may leave it out.
+  KepRObject* writerBody = writer.getRealKepObj();
+  if (writerBody != nullptr && writerBody->isOfType(KepClassID::DOMWriter)) {
+    KepDOMElement self = _KepDOMHandle<KepDOMElement>(this);
+    KepDOMAttribute none;
+    KepString name = dtName;
+    if (!static_cast<KepRDOMWriter*>(writerBody)->_shouldPrintAttribute(self, none, name, type)) {
+      return 0;
+    }
+  }
   writer.write(KepString(" dt=\""));
   writer.write(type);
   writer.write(KepString("\""));

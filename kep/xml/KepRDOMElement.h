@@ -28,10 +28,27 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   // Releases the attribute map; the attributes lose their element.
   ~KepRDOMElement() override;
 
-  KEP_METHODS_DOMElement(KEP_DECLARE_METHOD)
+  // The element's operations in their slots: the three parts of the handle's
+  // table (the bridged operations), with the unbridged ones between them.
+  // clang-format off
+  KEP_METHODS_DOMElementValues(KEP_DECLARE_METHOD)
+  // A hook for the classes that take part in event dispatch; does nothing here.
+  virtual void registerKnownInterest();
+  KEP_METHODS_DOMElementPaths(KEP_DECLARE_METHOD)
+  // The name of a data type code: 1 "int", 2 "string", 3 "date", 4 "object",
+  // 5 "boolean", 6 "i8", 7 "r4", 8 "float"; a null string for any other code.
+  virtual KepString _getDataTypeStr(int type) const;
+  KEP_METHODS_DOMElementNames(KEP_DECLARE_METHOD)
+  // Appends to `into` the elements below this one whose node ID is `tag` (0:
+  // every element), in document order, down to `depth` levels (<= 0: no limit).
+  virtual void buildElementsByTagName(KepRDOMNodeList& into, int tag, int depth) const;
+  // Appends to `into` the elements of this subtree, this one included, whose
+  // attribute "id" has the value `id`, in document order.
+  virtual void buildElementsByID(KepRDOMNodeList& into, KepString const& id) const;
+  // clang-format on
 
-      // The element's value text (getString()).
-      KepString toString() const override;
+  // The element's value text (getString()).
+  KepString toString() const override;
   int getNodeType() const override;
   KepDOMNamedNodeMap getAttributes() override;
   unsigned long hasAttributes() const override;
@@ -39,7 +56,8 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   KepRDOMElement* asElement() const noexcept override;
   // The writer's hook: a plain element whose data type has a name (1..8) and
   // that has no attribute "dt" writes " dt=\"<type name>\"" after its
-  // attributes; answers 0 at every state but the transform check.
+  // attributes, when the writer's attribute filter lets "dt" through; answers
+  // 0 at every state but the transform check.
   unsigned long serializeAsXML(KepDOMWriter& writer) override;
   void adoptOne(_KepDOMDocAnchor* anchor) override;
   void copyInto(KepRDOMNode& copy) const override;
@@ -47,18 +65,8 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
 
   // --- Element operations without a bridge -------------------------------------
 
-  // The name of a data type code: 1 "int", 2 "string", 3 "date", 4 "object",
-  // 5 "boolean", 6 "i8", 7 "r4", 8 "float"; a null string for any other code.
-  virtual KepString _getDataTypeStr(int type) const;
+  // What _getDataTypeStr() answers.
   static KepString dataTypeName(int type);
-  // A hook for the classes that take part in event dispatch; does nothing here.
-  virtual void registerKnownInterest();
-  // Appends to `into` the elements below this one whose node ID is `tag` (0:
-  // every element), in document order, down to `depth` levels (<= 0: no limit).
-  virtual void buildElementsByTagName(KepRDOMNodeList& into, int tag, int depth) const;
-  // Appends to `into` the elements of this subtree, this one included, whose
-  // attribute "id" has the value `id`, in document order.
-  virtual void buildElementsByID(KepRDOMNodeList& into, KepString const& id) const;
 
   // The attribute map, made on first use; or null when none was made yet.
   KepRDOMAttributeList* attributeList();
@@ -86,6 +94,9 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   bool dateSeconds(uint32_t& seconds) const;
 
  private:
+  // setAttributeNode(NS): puts the attribute in the map, recording a refusal
+  // as `method`.
+  KepDOMAttribute putAttributeNode(KepDOMAttribute const& newAttr, bool byNS, char const* method);
   // The common path of the typed setters.
   KepDOMElement store(int tag, int occurrence, _KepDOMValue const& value, int type);
   // The text of the text children, joined.

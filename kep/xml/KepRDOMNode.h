@@ -124,6 +124,9 @@ class KEP_API KepRDOMNode : public KepRObject {
   static constexpr int kHierarchyRequestErr = 3;
   static constexpr int kInvalidCharacterErr = 5;
   static constexpr int kNotFoundErr = 8;
+  static constexpr int kNotSupportedErr = 9;
+  static constexpr int kInUseAttributeErr = 10;
+  static constexpr int kNamespaceErr = 14;
   // Records on the calling thread the error "DOMError" with the values "Code"
   // (`code`) and "Method" (`method`), recorded at `source` and `line`.
   static void recordError(int code, char const* method, char const* source, int line);

@@ -494,8 +494,10 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
   auto* element = arena.make<KepRDOMElement>();
   hold.reset(element);
   // A plain element written with its value's type ("int", "string" ...) gets
-  // that type back.
+  // that type back; a string value keeps even a lone line break or tab.
   if (dataType != 0) element->setDataType(dataType);
+  constexpr int kStringType = 2;
+  if (dataType == kStringType) element->setPreserveSpace(1);
   return element;
 }
 

@@ -228,20 +228,41 @@ TEST_F(RegistryAtStartup, ReadsTheNamedFile) {
   stop();
 }
 
-TEST_F(RegistryAtStartup, NoVariableMissingOrMalformedFileRegisterNothing) {
-  std::string broken = dir_.file("broken.xml");
-  keptest::writeFile(broken, "<Errors><Error><Name>Half</Name></Error>");
+TEST_F(RegistryAtStartup, WithoutAFileOfXMLNothingIsRegistered) {
   std::string missing = dir_.file("missing.xml");
+  std::string text = dir_.file("text.xml");
+  keptest::writeFile(text, "no markup at all");
   struct Case {
     std::string path, line;
   };
-  for (Case const& c : {Case{"", "No error registry: KEP_ERROR_REGISTRY is not set"},
-                        Case{missing, "Error registry " + missing + " cannot be read"},
-                        Case{broken, "Error registry " + broken + " is not well-formed"}}) {
+  for (Case const& c :
+       {Case{"", "No error registry: KEP_ERROR_REGISTRY is not set"},
+        Case{missing, "Error registry " + missing + " cannot be read"},
+        Case{text, "Error registry " + text + " is not well-formed: line 1, column 0"}}) {
     EXPECT_EQ(startWith(c.path), 0) << c.path;
     EXPECT_TRUE(log_.contains(c.line)) << c.line;
+    EXPECT_EQ(current().errorOK(), 1u) << "start-up leaves no error on the thread";
     stop();
   }
+}
+
+TEST_F(RegistryAtStartup, AMalformedFileIsLoggedAndOneEndingEarlyRegistersWhatWasRead) {
+  std::string broken = dir_.file("broken.xml");
+  std::string cut = dir_.file("cut.xml");
+  std::string const complete = "<Errors><Error><ErrorId>7</ErrorId><Name>Half</Name></Error>\n";
+  keptest::writeFile(broken, complete + "<Error><Name>Cut</Name></Erro>");
+  keptest::writeFile(cut, complete + "<Error><ErrorId>8</ErrorId>");
+  EXPECT_EQ(startWith(broken), 0);
+  EXPECT_TRUE(log_.contains("Error registry " + broken +
+                            " is not well-formed: line 2, column 25: mismatched tag"));
+  EXPECT_EQ(current().errorOK(), 1u) << "the parser's error was logged, not left on the stack";
+  stop();
+
+  EXPECT_EQ(startWith(cut), 1);
+  _KepErrorEntry entry;
+  EXPECT_TRUE(_KepErrorRegistry::findById(7, entry));
+  EXPECT_EQ(current().errorOK(), 1u);
+  stop();
 }
 
 }  // namespace

@@ -23,9 +23,11 @@ TEST(StringBuffer, AppendsChainOnTheSameBodyAndWidenBytesUnsigned) {
   unsigned short units[] = {0x263A, 'u', 0};
   b.append(units).append(units, 1, 1);
   KepString all = b.toString();
-  EXPECT_EQ(all.length(), 16 + 3 + 1 + 1 + 2 + 1);
+  EXPECT_EQ(all.length(), 16 + 3 + 1 + 3 + 2 + 1) << "-1 counts the text from its start";
   EXPECT_EQ(all.charAt(18), 0xE9);
-  EXPECT_EQ(all.charAt(21), 0x263A);
+  EXPECT_EQ(all.charAt(20), 0xE9);
+  EXPECT_EQ(all.charAt(22), 0);
+  EXPECT_EQ(all.charAt(23), 0x263A);
   b.append(KepString()).append(static_cast<signed char const*>(nullptr));
   EXPECT_EQ(b.length(), all.length()) << "null arguments append nothing";
 }
@@ -36,14 +38,30 @@ TEST(StringBuffer, GrowthKeepsEveryUnitAndTheZeroBehindThem) {
   EXPECT_TRUE(null.toString().isNull());
   KepStringBuffer b(static_cast<char const*>(nullptr));
   EXPECT_FALSE(b.toString().isNull());
+  auto const* body = static_cast<KepRStringBuffer const*>(b.getRealKepObj());
+  // The array moves exactly when length + k + 1 exceeds the capacity, which then
+  // becomes 2 * (length + k): a few moves, not one per append.
   std::string expected;
+  int capacity = 0;
+  int moves = 0;
   for (int i = 0; i < 2000; ++i) {
     unsigned short unit = static_cast<unsigned short>('a' + i % 26);
-    b.append(unit);
-    expected.push_back(static_cast<char>(unit));
+    int k = i % 3 == 0 ? 2 : 1;
+    bool grows = b.length() + k + 1 > capacity;
+    if (grows) capacity = 2 * (b.length() + k);
+    unsigned short const* before = body->units();
+    for (int j = 0; j < k; ++j) expected.push_back(static_cast<char>(unit));
+    if (k == 2) {
+      unsigned short pair[] = {unit, unit, 0};
+      b.append(pair);
+    } else {
+      b.append(unit);
+    }
+    ASSERT_EQ(body->units() != before, grows) << "append " << i;
+    moves += grows;
   }
   EXPECT_EQ(textOf(b), expected);
-  auto const* body = static_cast<KepRStringBuffer const*>(b.getRealKepObj());
+  EXPECT_LE(moves, 12);
   EXPECT_EQ(body->units()[b.length()], 0) << "the zero unit follows the units";
 }
 

@@ -42,13 +42,17 @@ TEST(String, ConstructionWidensBytesUnsignedAndKeepsZeroUnitsInsideACount) {
   EXPECT_EQ(latin.charAt(3), 0xE9) << "bytes are taken unsigned";
   EXPECT_EQ(latin.charAt(5), 0xFFFF) << "outside the string";
   EXPECT_EQ(latin.charAt(-1), 0xFFFF);
-  EXPECT_EQ(KepString("abc", 1, -1).toStdString(), "bc") << "the copy ends at the zero byte";
-  EXPECT_EQ(KepString("abc", 1, 10).toStdString(), "bc");
+  // Count -1 is the length of the whole text from its start; what would lie past
+  // the zero byte is zero units, never read.
+  EXPECT_EQ(unitsOf(KepString("abc", 1, -1)), std::u16string(u"bc\0", 3));
+  EXPECT_EQ(unitsOf(KepString("abc", 7, -1)), std::u16string(3, u'\0'));
+  EXPECT_EQ(KepString("abc", 1, 10).toStdString(), "bc") << "a count stops at the zero byte";
   EXPECT_EQ(KepString("abcdef", -3, 2).toStdString(), "ab") << "a negative offset is 0";
   EXPECT_FALSE(KepString(static_cast<char const*>(nullptr)).isNull()) << "null text is empty";
 
   unsigned short units[] = {'a', 0, 'b', 0x263A, 0};
   EXPECT_EQ(KepString(units).length(), 1) << "zero-terminated text";
+  EXPECT_EQ(unitsOf(KepString(units + 2, 1, -1)), std::u16string(u"\x263A\0", 2));
   KepString counted(units, 1, 3);
   ASSERT_EQ(counted.length(), 3);
   EXPECT_EQ(counted.charAt(0), 0);

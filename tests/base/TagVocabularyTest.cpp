@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -172,6 +173,18 @@ TEST_F(TagVocabulary, NamesAreCaseSensitiveAndUnknownNamesGiveZero) {
   units[3] = 0x1E9;
   EXPECT_NE(KepNameToTag(KepString(units)), bytes);
   EXPECT_NE(KepNameToTag("DomElem"), 0x40010) << "a prefix is another name";
+  // Names of every length around the four-unit words that names are hashed by:
+  // added in one form, the other form finds the same tag; prefixes are other names.
+  std::string const longest = "abcdefghi\xe9";
+  std::set<int> distinct;
+  for (size_t n = 1; n <= longest.size(); ++n) {
+    std::string text = longest.substr(0, n);
+    KepString wide(text.c_str());
+    int tag = n % 2 != 0 ? KepNameToTag(text.c_str()) : KepNameToTag(wide);
+    EXPECT_EQ(n % 2 != 0 ? KepNameToTag(wide) : KepNameToTag(text.c_str()), tag) << text;
+    distinct.insert(tag);
+  }
+  EXPECT_EQ(distinct.size(), longest.size());
 
   int next = KepRTagManager::process()->getNextTag();
   EXPECT_EQ(KepProcess::nameToTag("NeverAdded"), 0) << "lookups never add";

@@ -2,6 +2,7 @@
 // table and the thread-data words kept in it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "kep/Kep.h"
+#include "support/KepLogCapture.h"
 #include "support/KepTestSupport.h"
 
 namespace {
@@ -47,6 +49,11 @@ class Job : public KepRunnable {
     if (me == nullptr) return -1;
     threadId = me->getThreadID();
     name = me->getThreadName().toStdString();
+    if (destroySelf) {
+      me->destroyThread();  // only tells the thread to end
+      selfCommand = me->getCommand();
+      return 1;
+    }
     if (wordDestroy != nullptr) KepRSharedData::set(KEP_SCOPE_THREAD, 4, 0x4321, wordDestroy);
     running = true;
     while (!release.load()) {
@@ -63,6 +70,8 @@ class Job : public KepRunnable {
   std::atomic<bool> release{false};
   std::atomic<bool> stopped{false};
   std::atomic<int> threadId{0};
+  bool destroySelf = false;
+  std::atomic<int> selfCommand{0};
   void (*wordDestroy)(void*) = nullptr;
   std::string name;
   static std::atomic<int> live;
@@ -95,7 +104,9 @@ TEST(ThreadObject, WithoutTheLibraryThereIsNoTableAndNullHandlesAnswerNeutrally)
 }
 
 TEST_F(Threads, ForeignThreadsAreAdoptedWithAFreshThreadObject) {
-  std::thread([] {
+  std::atomic<int> step{0};
+  KepThread first;  // the foreign thread's first object
+  std::thread foreign([&] {
     EXPECT_EQ(_KepThreadTableCount(), 0);
     KepThread* me = KepProcess::getCurrThread();
     ASSERT_NE(me, nullptr);
@@ -105,8 +116,30 @@ TEST_F(Threads, ForeignThreadsAreAdoptedWithAFreshThreadObject) {
     EXPECT_EQ(me->getStatus(), 0) << "no control block";
     me->setCommand(4);
     EXPECT_EQ(me->getCommand(), 0) << "no control block to take commands";
+    KepRSharedData::set(KEP_SCOPE_THREAD, 2, 0x22);
+    first = *me;
+    step = 1;
+    while (step.load() != 2) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+
+    // Another thread took its object out of the table: it is adopted afresh,
+    // with words of its own.
+    KepThread* again = KepProcess::getCurrThread();
+    ASSERT_NE(again, nullptr);
+    EXPECT_NE(again->getRealKepObj(), first.getRealKepObj());
+    EXPECT_EQ(again->getThreadID(), ownId());
+    EXPECT_EQ(KepRSharedData::get(KEP_SCOPE_THREAD, 2), 0u);
+  });
+  ASSERT_TRUE(eventually([&] { return step.load() == 1; }));
+  KepProcess::_removeThreadFromArray(first);
+  std::thread([] {
+    // Asking for destroy functions does not register a thread.
+    keptest::LogCapture log;
+    EXPECT_EQ(_KepGetCurrThreadDataDestroyFunctions(), nullptr);
+    EXPECT_EQ(log.count("index is -1 in get destory function"), 1u);
   }).join();
-  // The thread's end freed its slot (checked by the fixture).
+  step = 2;
+  foreign.join();
+  // The thread's end freed its slots (checked by the fixture).
 }
 
 TEST_F(Threads, RunnableThreadKeepsItsNameAndStopsWhenDestroyedFromAnotherThread) {
@@ -132,6 +165,17 @@ TEST_F(Threads, RunnableThreadKeepsItsNameAndStopsWhenDestroyedFromAnotherThread
     keep = KepRunnable();
     EXPECT_EQ(Job::live.load(), 0) << "the thread released the runnable";
   }
+
+  // Called by the thread on itself, destroyThread() returns at once with
+  // command 8 sent; the block stays until another thread destroys it.
+  auto* job = new Job;
+  job->destroySelf = true;
+  KepRunnable keep(job);
+  KepThread thread = KepProcess::createThread(0, KepString("self"), *job, 0);
+  ASSERT_TRUE(eventually([&] { return job->selfCommand.load() != 0; }));
+  EXPECT_EQ(job->selfCommand.load(), KEP_THRD_COMMAND_INITIAL | KEP_THRD_COMMAND_DESTROY_SELF);
+  ASSERT_TRUE(eventually([&] { return (thread.getStatus() & KEP_THRD_STATUS_ENDED) != 0; }));
+  KepProcess::destroyThread(thread);
 }
 
 TEST_F(Threads, HundredsOfThreadsStartAndEndRunningTheirDestroyFunctions) {
@@ -159,6 +203,44 @@ TEST_F(Threads, HundredsOfThreadsStartAndEndRunningTheirDestroyFunctions) {
   ASSERT_TRUE(eventually([] { return gWordsDestroyed.load() == kProcedures + kRunnables; }));
   ASSERT_TRUE(eventually([] { return _KepThreadTableCount() == 0; }));
   EXPECT_TRUE(eventually([] { return Job::live.load() == 0; }));
+}
+
+TEST_F(Threads, TheIteratorWalksOneWordOfEveryThreadAndWritesIt) {
+  gWordsDestroyed = 0;
+  constexpr int kThreads = 3;
+  std::atomic<int> ready{0};
+  std::atomic<bool> walked{false};
+  std::atomic<int> sawWritten{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      KepRSharedData::set(KEP_SCOPE_THREAD, 8, 100 + i, countWord);
+      ++ready;
+      while (!walked.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      if (KepRSharedData::get(KEP_SCOPE_THREAD, 8) == 1100u + i) ++sawWritten;
+      EXPECT_EQ(KepRSharedData::getDestroyFunc(KEP_SCOPE_THREAD, 8), countWord)
+          << "a write through the iterator keeps the destroy function";
+    });
+  }
+  ASSERT_TRUE(eventually([&] { return ready.load() == kThreads; }));
+
+  std::vector<uint64_t> seen;
+  EXPECT_EQ(KepRSharedData::getIterator(KEP_SCOPE_NONE, 8), nullptr);
+  KepSharedDataIterator* it = KepRSharedData::getIterator(KEP_SCOPE_PROCESS, 8);
+  ASSERT_NE(it, nullptr);
+  while (it->next()) {
+    seen.push_back(it->get());
+    if (it->get() >= 100) it->set(it->get() + 1000);
+  }
+  EXPECT_FALSE(it->next()) << "it stays at the end";
+  KepRSharedData::freeIterator(it);
+  walked = true;
+  for (auto& t : threads) t.join();
+  std::sort(seen.begin(), seen.end());
+  EXPECT_EQ(seen, (std::vector<uint64_t>{100, 101, 102}));
+  EXPECT_EQ(sawWritten.load(), kThreads);
+  EXPECT_EQ(gWordsDestroyed.load(), kThreads);
+  EXPECT_GE(gLastWord.load(), 1100u) << "destroy functions get the written words";
 }
 
 TEST(ThreadShutdown, DestroyFunctionsOfTheCallerRunAtShutdownAndOfOthersAtTheirEnd) {

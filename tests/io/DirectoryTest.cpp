@@ -144,6 +144,45 @@ TEST(MoveAndCopy, CopyKeepsContentTimesAndModeLessWriteBits) {
             KEP_IO_NOT_FOUND);
   EXPECT_FALSE(present(dir.file("dest"))) << "a failed copy deletes its destination";
   EXPECT_EQ(_KepIOOpenCount(source.c_str()), 0u);
+
+  // A copy onto the source itself, by its name or through a link, is refused
+  // before anything is truncated.
+  std::string link = dir.file("link");
+  ASSERT_EQ(::link(source.c_str(), link.c_str()), 0);
+  for (std::string const& same : {source, link, dir.path() + "/./source"}) {
+    EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, same.c_str(), KEP_IO_READ_WRITE),
+              KEP_IO_COPY_DESTINATION)
+        << same;
+  }
+  KepFile file{KepString(source.c_str())};
+  EXPECT_EQ(file.copyTo(KepString(source.c_str())), 0u);
+  EXPECT_EQ(readFile(source), content) << "nothing of the source is lost";
+}
+
+TEST(MoveAndCopy, CopyPartialCopiesARangeBetweenPositions) {
+  TempDir dir;
+  writeFile(dir.file("from"), "0123456789abcdef");
+  writeFile(dir.file("to"), "........");
+  _Io_File from;
+  _Io_File to;
+  ASSERT_EQ(__KepIOOpen(dir.file("from").c_str(), KEP_IO_READ, &from, 1), 0u);
+  ASSERT_EQ(__KepIOOpen(dir.file("to").c_str(), KEP_IO_READ_WRITE, &to, 1), 0u);
+  unsigned long copied = 0;
+  EXPECT_EQ(_KepIOCopyPartial(&from, 3, &to, 2, 5, &copied), 0u);
+  EXPECT_EQ(copied, 5u);
+  EXPECT_EQ(readFile(dir.file("to")), "..34567.");
+  // Both files are left after the bytes copied; the rest follows from there.
+  EXPECT_EQ(_KepIOCopyPartial(&from, KEP_IO_CURRENT, &to, KEP_IO_CURRENT, KEP_IO_ALL, &copied), 0u);
+  EXPECT_EQ(copied, 8u);
+  EXPECT_EQ(readFile(dir.file("to")), "..3456789abcdef");
+  // More than the source holds: what there is, and the short-read code.
+  EXPECT_EQ(_KepIOCopyPartial(&from, 12, &to, 0, 100, &copied), KEP_IO_SHORT_READ);
+  EXPECT_EQ(copied, 4u);
+  EXPECT_EQ(readFile(dir.file("to")), "cdef56789abcdef");
+  EXPECT_EQ(_KepIOClose(&to), 0u);
+  EXPECT_EQ(_KepIOCopyPartial(&from, 0, &to, 0, 1, &copied), KEP_IO_BAD_HANDLE);
+  EXPECT_EQ(copied, 0u);
+  EXPECT_EQ(_KepIOClose(&from), 0u);
 }
 
 TEST(MoveAndCopy, MoveRenamesOrCopiesAcrossDevices) {

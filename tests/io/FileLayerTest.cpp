@@ -1,13 +1,16 @@
 // The file layer's records: opening with its sharing rules, reading, writing,
 // positioning, truncation, attributes, file times, record locks between
 // processes and descriptor hygiene.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "io/IOTestUtil.h"
 #include "kep/Kep.h"
@@ -152,14 +155,48 @@ TEST(FileLayerReadWrite, ShortReadsGiveTheCountAndTheShortReadCode) {
   EXPECT_EQ(wrote, 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
 
-  // Reading a record opened for writing fails on every retry and maps to a bad handle.
-  unsigned long previous = _KepIOSetReadRetryPause(1);
+  // Reading a record opened for writing maps to a bad handle, at once: no retry
+  // can change that (the pause between tries is the default 250 ms here).
   file = openOk(dir.file("sixty"), KEP_IO_WRITE);
   count = 3;
+  auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, 4, buffer, &count), KEP_IO_BAD_HANDLE);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
-  EXPECT_EQ(_KepIOSetReadRetryPause(previous), 1u);
+}
+
+TEST(FileLayerReadWrite, FailingReadsAreTriedTenTimesWithAPause) {
+  // An empty non-blocking pipe fails reads with EAGAIN until someone writes.
+  TempDir dir;
+  std::string fifo = dir.file("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  _Io_File file = openOk(fifo, KEP_IO_READ | O_NONBLOCK);
+  int writer = open(fifo.c_str(), O_WRONLY | O_NONBLOCK);
+  ASSERT_GE(writer, 0);
+  unsigned long const pause = 30;
+  unsigned long previous = _KepIOSetReadRetryPause(pause);
+  char buffer[16];
+  uint16_t count = 9;
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, sizeof buffer, buffer, &count), KEP_IO_SHARING);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9 * pause))
+      << "nine pauses between ten tries";
+  EXPECT_EQ(count, 0u);
+
+  // Bytes that come while the read is still trying are read (longer pauses
+  // leave a busy machine time to run the writer).
+  _KepIOSetReadRetryPause(100);
+  std::thread late([writer] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    EXPECT_EQ(write(writer, "late", 4), 4);
+  });
+  EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, sizeof buffer, buffer, &count), KEP_IO_SHORT_READ);
+  EXPECT_EQ(std::string(buffer, count), "late");
+  late.join();
+  EXPECT_EQ(_KepIOSetReadRetryPause(previous), 100u);
+  EXPECT_EQ(_KepIOClose(&file), 0u);
+  close(writer);
 }
 
 TEST(FileLayerReadWrite, WritesSeekByWhenceAndTruncateCutsOrRefuses) {

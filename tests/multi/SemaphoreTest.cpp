@@ -4,8 +4,10 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "kep/Kep.h"
+#include "support/KepTestSupport.h"
 
 TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefused) {
   void* sem = nullptr;
@@ -31,6 +33,9 @@ TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefus
   EXPECT_EQ(_KepMSemWait(&sem, 0), KEP_SEM_BAD_HANDLE);
 }
 
+// CTest runs every case in a process of its own, so the first three locks are
+// taken while the process has one thread (without the lock word), and the
+// threads started afterwards must still wait for the owner's last unlock.
 TEST(RecursiveLock, OwnerNestsAndOthersWaitForTheLastUnlock) {
   _KepSemaphore lock;
   lock.unlock();  // free lock: ignored
@@ -59,4 +64,28 @@ TEST(RecursiveLock, OwnerNestsAndOthersWaitForTheLastUnlock) {
   lock.destroy();  // usable again afterwards
   lock.lock();
   lock.unlock();
+}
+
+TEST(RecursiveLock, ContendingThreadsAreExcludedAndAllGetIn) {
+  _KepSemaphore lock;
+  long counter = 0;  // plain on purpose: only the lock protects it
+  int const threads = 4;
+  int const rounds = keptest::kSanitized ? 2000 : 20000;
+  std::vector<std::thread> workers;
+  for (int t = 0; t < threads; ++t) {
+    workers.emplace_back([&] {
+      for (int i = 0; i < rounds; ++i) {
+        lock.lock();
+        lock.lock();
+        long seen = counter;
+        if (i % 64 == 0) std::this_thread::yield();  // let others queue up on the lock
+        counter = seen + 1;
+        lock.unlock();
+        lock.unlock();
+      }
+    });
+  }
+  for (auto& w : workers) w.join();
+  EXPECT_EQ(counter, static_cast<long>(threads) * rounds);
+  EXPECT_EQ(lock.getOwner(), 0u);
 }

@@ -25,7 +25,7 @@ struct Probe {
   std::atomic<unsigned long> argument3Seen{0};
   std::atomic<bool> hookRanFirst{false};
   std::atomic<int> hookCalls{0};
-  std::atomic<bool> left{false};  // the procedure's last access
+  std::atomic<int> left{0};  // the procedure's last access, once per run
 };
 
 // Records what it was given, then waits until released.
@@ -37,7 +37,7 @@ void waitingProcedure(void* handle, void* argument1, void* argument2, unsigned l
   probe->argument3Seen = argument3;
   ++probe->runs;
   while (!probe->release.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  probe->left = true;
+  ++probe->left;
 }
 
 char const kLongName[] = "abcdefghijklmnopqrstuvwxyz0123";
@@ -182,7 +182,7 @@ TEST_F(ThreadLayer, ABlockFreedByItsThreadOrWhileItRunsRefusesLaterCalls) {
     }
     probe.release = true;
     ASSERT_TRUE(eventually([&] { return _KepMMTestLiveHandles() == baseline_; }));
-    ASSERT_TRUE(eventually([&] { return probe.left.load(); }));
+    ASSERT_TRUE(eventually([&] { return probe.left.load() == 1; }));
     unsigned long word = 0;
     unsigned char name[KEP_THRD_NAME_MAX + 1];
     EXPECT_EQ(_KepThrdGetStatus(handle, &word), KEP_MM_BAD_HANDLE);
@@ -192,6 +192,44 @@ TEST_F(ThreadLayer, ABlockFreedByItsThreadOrWhileItRunsRefusesLaterCalls) {
     EXPECT_EQ(_KepThrdDestroy(&handle), KEP_MM_BAD_HANDLE);
     EXPECT_EQ(handle, nullptr) << "the caller's handle is cleared first";
   }
+}
+
+TEST_F(ThreadLayer, RestartRunsANewThreadOnACopyOfTheBlockAndFreesTheOld) {
+  Probe probe;
+  int marker = 0;
+  void* handle = nullptr;
+  ASSERT_EQ(_KepThrdCreate(&handle, KEP_THRD_FLAG_OR_STATUS, text(kLongName), waitingProcedure,
+                           recordingHook, 77, &marker, &probe, 4242),
+            0u);
+  ASSERT_TRUE(eventually([&] { return probe.runs.load() == 1; }));
+  ASSERT_EQ(_KepThrdSetStatus(handle, KEP_THRD_STATUS_RUNNING), 0u);
+  ASSERT_EQ(_KepThrdSetThreadType(handle, 3), 0u);
+  unsigned long type = 0;
+  ASSERT_EQ(_KepThrdGetThreadType(handle, &type), 0u);
+  EXPECT_EQ(type, 3u);
+
+  void* old = handle;
+  ASSERT_EQ(_KepThrdRestart(&handle), 0u);
+  ASSERT_NE(handle, old);
+  EXPECT_EQ(_KepThrdGetStatus(old, &type), KEP_MM_BAD_HANDLE) << "the old block is freed";
+  ASSERT_TRUE(eventually([&] { return probe.runs.load() == 2; }));
+  EXPECT_EQ(probe.hookCalls.load(), 2);
+  EXPECT_EQ(probe.handleSeen.load(), handle);
+  EXPECT_EQ(probe.argument1Seen.load(), &marker);
+  EXPECT_EQ(probe.argument3Seen.load(), 4242u);
+  unsigned char name[KEP_THRD_NAME_MAX + 1];
+  ASSERT_EQ(_KepThrdGetName(handle, name), 0u);
+  EXPECT_STREQ(reinterpret_cast<char*>(name), kCutName);
+  unsigned long word = 0;
+  ASSERT_EQ(_KepThrdGetCreateFlags(handle, &word), 0u);
+  EXPECT_EQ(word, KEP_THRD_FLAG_OR_STATUS);
+  EXPECT_EQ(statusOf(handle), KEP_THRD_STATUS_CREATED) << "a new block starts afresh";
+  ASSERT_EQ(_KepThrdGetThreadType(handle, &type), 0u);
+  EXPECT_EQ(type, 0u);
+  EXPECT_EQ(_KepMMTestLiveHandles(), baseline_ + 1);
+
+  finish(probe, handle);  // releases both threads
+  ASSERT_TRUE(eventually([&] { return probe.left.load() == 2; }));
 }
 
 TEST_F(ThreadLayer, ForeignBlocksAreRefused) {

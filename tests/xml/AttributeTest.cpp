@@ -1,9 +1,12 @@
 // Attributes, namespaced attributes and attribute maps.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "DOMTestSupport.h"
 
 using domtest::body;
+using domtest::lastError;
 using domtest::newDocument;
 using domtest::text;
 
@@ -72,6 +75,49 @@ TEST(DOMAttributes, NodesBelongToOneElementAtATime) {
   EXPECT_EQ(KepDOMChildNode(id).remove(), 1u);
   EXPECT_FALSE(b.hasAttributes());
   EXPECT_EQ(KepDOMChildNode(id).remove(), 0u);
+}
+
+TEST(DOMAttributes, RefusedNamesAndNodesRecordTheirW3CCodes) {
+  KepDOMDocument doc = newDocument();
+  KepDOMElement a = doc.createElement("a");
+  KepDOMElement b = doc.createElement("b");
+  KepDOMAttribute held = doc.createAttribute("held");
+  a.setAttributeNode(held);
+  struct Refusal {
+    char const* what;
+    std::function<KepObject()> change;
+    int code;  // 5 invalid name, 8 not found, 9 not supported, 10 in use, 14 namespace
+  };
+  Refusal const refusals[] = {
+      {"empty element name", [&] { return doc.createElement(""); }, 5},
+      {"empty attribute name", [&] { return doc.createAttribute(KepString()); }, 5},
+      {"empty target", [&] { return doc.createProcessingInstruction("", "x"); }, 5},
+      {"empty entity name", [&] { return doc.createEntityReference(""); }, 5},
+      {"prefix without uri", [&] { return doc.createElementNS("", "p:e"); }, 14},
+      {"xml prefix elsewhere", [&] { return doc.createAttributeNS(kUriA, "xml:x"); }, 14},
+      {"two colons", [&] { return doc.createElementNS(kUriA, "p:q:e"); }, 14},
+      {"attribute in use", [&] { return b.setAttributeNode(held); }, 10},
+      {"attribute in use by uri", [&] { return b.setAttributeNodeNS(held); }, 10},
+      {"element as attribute", [&] { return b.setAttributeNode(doc.createElement("x")); }, 8},
+      {"remove a stranger", [&] { return b.removeAttributeNode(held); }, 8},
+      {"adopt a document", [&] { return doc.adoptNode(newDocument()); }, 9},
+      {"import a document", [&] { return doc.importNode(newDocument(), 1); }, 9},
+  };
+  for (Refusal const& r : refusals) {
+    KepProcess::getCurrThread()->clearErrors();
+    EXPECT_TRUE(r.change().getRealKepObj() == nullptr) << r.what;
+    int code = 0;
+    EXPECT_EQ(lastError(&code), "DOMError") << r.what;
+    EXPECT_EQ(code, r.code) << r.what;
+  }
+  KepProcess::getCurrThread()->clearErrors();
+  b.setAttributeNS("", "p:x", "v");
+  int code = 0;
+  EXPECT_EQ(lastError(&code), "DOMError");
+  EXPECT_EQ(code, 14);
+  EXPECT_FALSE(b.hasAttributes());
+  EXPECT_EQ(body(held.getOwnerElement()), body(a)) << "refusals change nothing";
+  KepProcess::getCurrThread()->clearErrors();
 }
 
 TEST(DOMAttributes, NamespacedAttributesAreFoundByUriAndLocalName) {

@@ -39,6 +39,8 @@ TEST(ParserRoundTrip, WrittenDocumentsReadBackToTheSameBytes) {
   widget.set("Count", 7);
   top.setBool("Flag", 1ul);
   top.set("Ratio", 2.5f);
+  // A string value is content, even where a lone line break would be layout.
+  top.set("Break", KepString("\n"));
   KepDOMElement inner = doc.createElementNS("urn:round:trip", "rt:inner");
   top.appendChild(inner);
   inner.appendChild(doc.createTextNode("a<b & c>d \"q\" 'a'"));
@@ -61,6 +63,7 @@ TEST(ParserRoundTrip, WrittenDocumentsReadBackToTheSameBytes) {
   EXPECT_EQ(gadget.get("Count").getInteger(), 7);
   EXPECT_EQ(r.get("Flag").getDataType(), 5);
   EXPECT_FLOAT_EQ(r.get("Ratio").getFloat(), 2.5f);
+  EXPECT_EQ(text(r.get("Break").getString()), "\n");
   KepDOMElement in = r.get("rt:inner");
   ASSERT_FALSE(in.isNull()) << xml;
   EXPECT_EQ(text(in.getNamespaceURI()), "urn:round:trip");

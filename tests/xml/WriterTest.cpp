@@ -400,6 +400,20 @@ TEST_F(DOMWriter, ViewsFilterElementsAndAttributes) {
   KepDOMWriter writer = newWriter();
   writer.setView(view);
   EXPECT_EQ(xml(root, writer), "<Root><Keep a=\"1\"/><Keep b=\"open\"/>t</Root>");
+  // The type of a value is a dt attribute to the view like any other: left out
+  // unless named, and its notvalue applies.
+  KepDOMElement typedKeep = el("Root");
+  typedKeep.set(KepString("Keep"), 5);
+  EXPECT_EQ(xml(typedKeep, writer), "<Root><Keep>5</Keep></Root>");
+  viewDoc = parsed("<View><IncludeAttribute><dt notvalue=\"boolean\"/></IncludeAttribute></View>");
+  void* typesView = KepDOMWriter::compileView(viewDoc);
+  KepDOMElement values = el("Values");
+  values.set(KepString("n"), 5);
+  values.setBool(KepString("b"), 1);
+  KepDOMWriter typesWriter = newWriter();
+  typesWriter.setView(typesView);
+  EXPECT_EQ(xml(values, typesWriter), "<Values><n dt=\"int\">5</n><b>1</b></Values>");
+  KepDOMWriter::freeView(typesView);
 
   // The same view by name, an unknown name and a name taken back print all.
   KepDOMElement drop = root.get("Drop");
@@ -505,13 +519,14 @@ TEST_F(DOMWriter, DerivedWritersReceiveEveryNodeOperation) {
   KepDOMElement root =
       served(attrs(adopt(new ThingBody(), "Root"), {{"secret", "s"}, {"open", "o"}}), "Mailer");
   fill(root, {el("Skip", {el("Inside")}), textNode("low<er"), elNS("urn:a", "p:Kept")});
+  root.set(KepString("n"), 1);
   auto* body = new FilteringWriter();
   // The handle keeps the writer alive for the counts read below.
   KepDOMWriter writer(static_cast<KepBridgeToObject*>(body));
   EXPECT_EQ(xml(root, writer),
             "<Root open=\"o\" dt=\"Thing\" xs=\"Mailer\">LOW&lt;ER"
-            "<p:Kept xmlns:p=\"urn:a\"/></Root>");
-  EXPECT_EQ(body->elements, 3) << "Root, Skip and p:Kept; nothing below Skip";
-  EXPECT_EQ(body->attributes, 4) << "two attributes, dt and xs";
-  EXPECT_EQ(body->pseudo, 2);
+            "<p:Kept xmlns:p=\"urn:a\"/><n dt=\"int\">1</n></Root>");
+  EXPECT_EQ(body->elements, 4) << "Root, Skip, p:Kept and n; nothing below Skip";
+  EXPECT_EQ(body->attributes, 5) << "two attributes, the class dt, xs and the type dt";
+  EXPECT_EQ(body->pseudo, 3);
 }
