@@ -61,6 +61,32 @@ void edges(char const* p, size_t n, uint64_t& head, uint64_t& tail) {
   }
 }
 
+// A hash of a short run of `n` bytes (at most 24) from `seed`: its first and
+// last words and, past 16 bytes, the word between them.
+uint64_t hashShort(char const* p, size_t n, uint64_t seed) {
+  uint64_t head;
+  uint64_t tail;
+  edges(p, n, head, tail);
+  uint64_t middle = n > 16 ? load64(p + 8) : 0;
+  uint64_t h = (seed ^ head ^ (middle << 1)) * 0xff51afd7ed558ccdull;
+  h = (h ^ (h >> 32) ^ tail ^ n) * 0xc4ceb9fe1a85ec53ull;
+  return h ^ (h >> 29);
+}
+
+// Whether two runs of `n` bytes (at most 24) are equal, compared a word at a
+// time without a call.
+bool sameShort(char const* a, char const* b, size_t n) {
+  if (n >= 8) {
+    return load64(a) == load64(b) && load64(a + n - 8) == load64(b + n - 8) &&
+           (n <= 16 || load64(a + 8) == load64(b + 8));
+  }
+  if (n >= 4) return load32(a) == load32(b) && load32(a + n - 4) == load32(b + n - 4);
+  for (size_t i = 0; i < n; ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
+}
+
 // A hash of `n` bytes, eight at a time, from `seed`.
 uint64_t hashBytes(char const* p, size_t n, uint64_t seed) {
   uint64_t h = seed ^ n;
@@ -406,10 +432,10 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length, bool a
   if (shortTexts.empty()) shortTexts.resize(2 * kShortSlots);
   // Attribute values and character data have a half of the slots each: the
   // values repeat most, and the texts of a document do not push them out.
-  size_t at = hashBytes(bytes, length, seed) & (kShortSlots - 1);
+  static_assert(kShortText <= 24, "short texts are hashed and compared in three words at most");
+  size_t at = hashShort(bytes, length, seed) & (kShortSlots - 1);
   ShortSlot& slot = shortTexts[attributeValue ? at + kShortSlots : at];
-  if (slot.text == nullptr || slot.length != length ||
-      std::memcmp(slot.bytes, bytes, length) != 0) {
+  if (slot.text == nullptr || slot.length != length || !sameShort(slot.bytes, bytes, length)) {
     KepRObject* body = make();
     body->addRef();
     if (slot.text != nullptr) slot.text->release();
