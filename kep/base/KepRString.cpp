@@ -128,11 +128,6 @@ void KepRString::operator delete(void* p, int) noexcept { ::operator delete(p); 
 
 KepRString::KepRString() noexcept : KepRString(0) {}
 
-KepRString::KepRString(int n) noexcept
-    : characters(reinterpret_cast<unsigned short*>(this + 1)), len(n < 0 ? 0 : n) {
-  characters[len] = 0;
-}
-
 KepRString* KepRString::allocate(int n) {
   if (n < 0) n = 0;
   return new (n) KepRString(n);

@@ -71,7 +71,10 @@ class KEP_API KepRString : public KepRObject {
   static void operator delete(void* p, int units) noexcept;
 
  protected:
-  explicit KepRString(int n) noexcept;
+  explicit KepRString(int n) noexcept
+      : characters(reinterpret_cast<unsigned short*>(this + 1)), len(n < 0 ? 0 : n) {
+    characters[len] = 0;
+  }
 
   unsigned short* characters;
   int len;

@@ -7,8 +7,6 @@
 
 KEP_REGISTER_LIBRARY_CLASS(DOMAttribute);
 
-KepRDOMAttribute::KepRDOMAttribute() noexcept : value(nullptr), element(nullptr) {}
-
 KepRDOMAttribute::~KepRDOMAttribute() {
   if (value != nullptr) value->release();
 }

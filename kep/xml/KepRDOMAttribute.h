@@ -18,7 +18,7 @@ class KEP_API KepRDOMAttribute : public KepRDOMChildNode {
   KEP_BODY_CREATE_ANOTHER(DOMAttribute)
 
  public:
-  KepRDOMAttribute() noexcept;
+  KepRDOMAttribute() noexcept : value(nullptr), element(nullptr) {}
   // Releases the value.
   ~KepRDOMAttribute() override;
 

@@ -85,9 +85,6 @@ _KepDOMValue dateValue(KepDate const& date) {
 
 }  // namespace
 
-KepRDOMElement::KepRDOMElement() noexcept
-    : attributes(nullptr), dataType(0), preserveSpace(false), value(nullptr) {}
-
 KepRDOMElement::~KepRDOMElement() {
   delete value;
   if (attributes != nullptr) {

@@ -24,7 +24,8 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   KEP_BODY_CREATE_ANOTHER(DOMElement)
 
  public:
-  KepRDOMElement() noexcept;
+  KepRDOMElement() noexcept
+      : attributes(nullptr), dataType(0), preserveSpace(false), value(nullptr) {}
   // Releases the attribute map; the attributes lose their element.
   ~KepRDOMElement() override;
 

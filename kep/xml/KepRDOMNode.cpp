@@ -101,17 +101,6 @@ KepRDOMNode* firstOfType(KepRDOMNode* node, int type) {
 
 }  // namespace
 
-KepRDOMNode::KepRDOMNode() noexcept
-    : parent(nullptr),
-      previous(nullptr),
-      next(nullptr),
-      owner(nullptr),
-      nodeID(0),
-      prefixID(0),
-      localID(0),
-      uriID(0),
-      nodeFlags(0) {}
-
 KepRDOMNode::~KepRDOMNode() {
   if ((nodeFlags & kHasCapture) != 0) {
     Capture gone;

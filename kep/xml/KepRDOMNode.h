@@ -31,7 +31,16 @@ class KEP_API KepRDOMNode : public KepRObject {
  public:
   // A node without name, parent or document (it belongs to the default document
   // until adopted).
-  KepRDOMNode() noexcept;
+  KepRDOMNode() noexcept
+      : parent(nullptr),
+        previous(nullptr),
+        next(nullptr),
+        owner(nullptr),
+        nodeID(0),
+        prefixID(0),
+        localID(0),
+        uriID(0),
+        nodeFlags(0) {}
   // Leaves the owner anchor and the change log; a node is never freed while a
   // parent holds it.
   ~KepRDOMNode() override;

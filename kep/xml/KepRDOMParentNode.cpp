@@ -4,9 +4,6 @@
 
 KEP_REGISTER_LIBRARY_CLASS(DOMParentNode);
 
-KepRDOMParentNode::KepRDOMParentNode() noexcept
-    : firstChild(nullptr), lastChild(nullptr), childCount(0), stamp(0) {}
-
 KepRDOMParentNode::~KepRDOMParentNode() {
   // The children are released without recursion. The nodes still to release
   // form one list through their sibling links; a node that its release is going

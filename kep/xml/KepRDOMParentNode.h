@@ -23,7 +23,7 @@ class KEP_API KepRDOMParentNode : public KepRDOMChildNode {
   KEP_BODY_CREATE_ANOTHER(DOMParentNode)
 
  public:
-  KepRDOMParentNode() noexcept;
+  KepRDOMParentNode() noexcept : firstChild(nullptr), lastChild(nullptr), childCount(0), stamp(0) {}
   // Releases the children (see above).
   ~KepRDOMParentNode() override;
 
