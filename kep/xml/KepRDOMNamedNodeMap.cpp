@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kep/base/KepFactory.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/xml/KepRDOMNode.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMNamedNodeMap);
@@ -129,7 +130,7 @@ KepDOMNode KepRDOMNamedNodeMap::put(KepRDOMNode* node, bool byNS, bool& refused)
 
 void KepRDOMNamedNodeMap::appendChecked(KepRDOMNode* node) {
   nodes.push_back(node);
-  node->addRef();
+  _KepBodyCount::addRef(node);
   attached(*node);
 }
 

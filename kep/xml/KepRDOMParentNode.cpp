@@ -1,6 +1,7 @@
 #include "kep/xml/KepRDOMParentNode.h"
 
 #include "kep/base/KepFactory.h"
+#include "kep/base/_KepBodyCount.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMParentNode);
 
@@ -87,7 +88,7 @@ void KepRDOMParentNode::unlink(KepRDOMNode* child) noexcept {
 }
 
 void KepRDOMParentNode::appendFresh(KepRDOMNode* child) {
-  child->addRef();
+  _KepBodyCount::addRef(child);
   link(child, nullptr);
 }
 

@@ -9,6 +9,7 @@
 #include "kep/base/KepFactory.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepRString.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/xml/KepRDOMAttribute.h"
 #include "kep/xml/KepRDOMAttributeList.h"
 #include "kep/xml/KepRDOMCDATASection.h"
@@ -426,7 +427,7 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length, bool a
   };
   if (length > kShortText) {
     KepRObject* body = make();
-    body->addRef();
+    _KepBodyCount::addRef(body);
     return body;
   }
   if (shortTexts.empty()) shortTexts.resize(2 * kShortSlots);
@@ -437,13 +438,13 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length, bool a
   ShortSlot& slot = shortTexts[attributeValue ? at + kShortSlots : at];
   if (slot.text == nullptr || slot.length != length || !sameShort(slot.bytes, bytes, length)) {
     KepRObject* body = make();
-    body->addRef();
-    if (slot.text != nullptr) slot.text->release();
+    _KepBodyCount::addRef(body);
+    if (slot.text != nullptr) _KepBodyCount::release(slot.text);
     slot.text = body;
     slot.length = static_cast<uint8_t>(length);
     std::memcpy(slot.bytes, bytes, length);
   }
-  slot.text->addRef();
+  _KepBodyCount::addRef(slot.text);
   return slot.text;
 }
 
@@ -700,7 +701,7 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
 void _KepXMLParserData::enter(KepRDOMElement* element, bool plain) {
   parents.push_back(Open{element, plain});
   // The reference taken for `parents`.
-  element->addRef();
+  _KepBodyCount::addRef(element);
   if (matchDepth == depth) found = element;
   // The hooks of a plain element do nothing.
   if (!plain) element->_beginFromXML(parserHandle);
@@ -721,7 +722,7 @@ void _KepXMLParserData::endElement() {
         element->_endFromXML(mode, parserHandle);
       }
     }
-    open.node->release();
+    _KepBodyCount::release(open.node);
   }
   int count = declarationsPerLevel.back();
   declarationsPerLevel.pop_back();
