@@ -94,6 +94,35 @@ TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
   EXPECT_EQ(text(r.get("i", 1).getAttribute("v")), "same");
 }
 
+// Short texts and values with the same bytes share one string: texts that
+// differ in a single byte, at any place and length, must each keep their own.
+// There are many more of them than shared strings are kept, so that texts that
+// differ in one byte meet in the same place of that cache.
+TEST(XMLParserTree, ShortTextsDifferingInOneByteKeepTheirOwnBytes) {
+  std::vector<std::string> texts;
+  for (size_t n = 1; n <= 26; ++n) {
+    texts.push_back(std::string(n, 'a'));
+    for (size_t at = 0; at < n; ++at) {
+      for (char c = 'b'; c <= 'z'; ++c) {
+        texts.push_back(std::string(n, 'a'));
+        texts.back()[at] = c;
+      }
+    }
+  }
+  std::string xml = "<r>";
+  for (std::string const& t : texts) xml += "<i v=\"" + t + "\">" + t + "</i>";
+  KepDOMElement r = root(xml + "</r>");
+  ASSERT_FALSE(r.isNull());
+  int k = 0;
+  for (KepDOMNode n = r.getFirstChild(); !n.isNull(); n = n.getNextSibling(), ++k) {
+    ASSERT_LT(static_cast<size_t>(k), texts.size());
+    KepDOMElement i(n);
+    EXPECT_EQ(text(i.getString()), texts[static_cast<size_t>(k)]);
+    EXPECT_EQ(text(i.getAttribute("v")), texts[static_cast<size_t>(k)]);
+  }
+  EXPECT_EQ(static_cast<size_t>(k), texts.size());
+}
+
 TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
   // Enough nodes to fill many of the blocks the parser places its nodes in.
   std::string xml = "<r>";
