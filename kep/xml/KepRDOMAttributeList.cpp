@@ -1,6 +1,7 @@
 #include "kep/xml/KepRDOMAttributeList.h"
 
 #include "kep/base/KepFactory.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/xml/KepDOMElement.h"
 #include "kep/xml/KepRDOMAttribute.h"
 #include "kep/xml/KepRDOMElement.h"
@@ -24,9 +25,19 @@ bool KepRDOMAttributeList::accepts(KepRDOMNode const& node) const {
 
 void KepRDOMAttributeList::attached(KepRDOMNode& node) {
   KepRDOMElement* target = element();
-  if (target == nullptr) return;
+  if (target != nullptr) join(node, target);
+}
+
+void KepRDOMAttributeList::appendParsed(KepRDOMAttribute* attribute, KepRDOMElement* target) {
+  nodes.push_back(attribute);
+  _KepBodyCount::addRef(attribute);
+  join(*attribute, target);
+}
+
+void KepRDOMAttributeList::join(KepRDOMNode& node, KepRDOMElement* target) {
   static_cast<KepRDOMAttribute&>(node).setOwnerElement(target);
-  node.adoptOne(target->ownerAnchor());
+  // Nodes made for the element's document are in it already.
+  if (node.ownerAnchor() != target->ownerAnchor()) node.adoptOne(target->ownerAnchor());
   target->noteChange(KepRDOMNode::kAttributeChanged, &node);
 }
 

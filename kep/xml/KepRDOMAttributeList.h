@@ -6,6 +6,7 @@
 #include "kep/xml/KepDOMAttributeList.h"
 #include "kep/xml/KepRDOMNamedNodeMap.h"
 
+class KepRDOMAttribute;
 class KepRDOMElement;
 
 // A named node map that takes only attributes, and only those that no other
@@ -30,11 +31,20 @@ class KEP_API KepRDOMAttributeList : public KepRDOMNamedNodeMap {
       KepRDOMElement* element() const noexcept;
   // The attributes lose their element, without change notes (it is dying).
   void ownerGone() override;
+  // Appends `attribute` to the map of `target` (this map's element) without
+  // the checks of put(): the caller vouches that no map holds it and that the
+  // map holds no attribute of the same name, nor of the same URI and local
+  // name (the parser's attributes, whose names the tokenizer has checked).
+  void appendParsed(KepRDOMAttribute* attribute, KepRDOMElement* target);
 
  protected:
   bool accepts(KepRDOMNode const& node) const override;
   void attached(KepRDOMNode& node) override;
   void detached(KepRDOMNode& node) override;
+
+ private:
+  // Links `node`, now in the map, to `target` and notes the change.
+  static void join(KepRDOMNode& node, KepRDOMElement* target);
 };
 
 #endif  // KEP_XML_KEPRDOMATTRIBUTELIST_H

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "kep/base/KepFactory.h"
-#include "kep/base/_KepBodyCount.h"
 #include "kep/xml/KepRDOMNode.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMNamedNodeMap);
@@ -126,12 +125,6 @@ KepDOMNode KepRDOMNamedNodeMap::put(KepRDOMNode* node, bool byNS, bool& refused)
   }
   if (present < 0) attached(*node);
   return replaced;
-}
-
-void KepRDOMNamedNodeMap::appendChecked(KepRDOMNode* node) {
-  nodes.push_back(node);
-  _KepBodyCount::addRef(node);
-  attached(*node);
 }
 
 KepDOMNode KepRDOMNamedNodeMap::takeAt(int index) {

@@ -53,11 +53,6 @@ class KEP_API KepRDOMNamedNodeMap : public KepRObject {
   // same URI and local name); a handle on the replaced node. `refused` is set
   // when the map does not take the node (nothing changes then).
   KepDOMNode put(KepRDOMNode* node, bool byNS, bool& refused);
-  // Appends `node` without the checks of put(): the caller vouches that the map
-  // accepts it, does not hold it and holds no node of the same node ID, nor of
-  // the same URI and local name (the parser's attributes, whose names the
-  // tokenizer has checked).
-  void appendChecked(KepRDOMNode* node);
   // Makes room for `more` nodes.
   void reserve(int more) { nodes.reserve(nodes.size() + static_cast<std::size_t>(more)); }
 

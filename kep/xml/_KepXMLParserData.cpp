@@ -634,7 +634,7 @@ void _KepXMLParserData::addAttribute(Names const& names, char const* bytes, size
   // twice: only the attributes the element had before the parser came can
   // have the same name.
   if (preset == 0 || !clashesWithPreset(names, byNS)) {
-    map->appendChecked(attribute);
+    map->appendParsed(attribute, attributeOwner);
   } else {
     Hold holder(attribute);
     bool refused = false;
