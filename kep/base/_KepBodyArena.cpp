@@ -116,13 +116,10 @@ _KepBodyArena::~_KepBodyArena() {
   pool().adjust(largestOpened);
 }
 
-void* _KepBodyArena::allocate(std::size_t size) {
-  size = (size + kAlign - 1) & ~(kAlign - 1);
+void* _KepBodyArena::allocateElsewhere(std::size_t size) {
   if (size > kLargestPlaced) return nullptr;
   madeBytes += size;
-  if (static_cast<std::size_t>(end - next) < size) {
-    if (madeBytes <= kHeapBytes || !open(size)) return nullptr;
-  }
+  if (madeBytes <= kHeapBytes || !open(size)) return nullptr;
   void* memory = next;
   next += size;
   ++placedInChunk;

@@ -54,8 +54,19 @@ class KEP_API _KepBodyArena {
     return body;
   }
   // `size` bytes in a chunk for a body about to be constructed there (marked
-  // with placed() afterwards), or null: the caller makes it on the heap.
-  void* allocate(std::size_t size);
+  // with placed() afterwards), or null: the caller makes it on the heap. The
+  // common case, room in the current chunk, takes no call.
+  void* allocate(std::size_t size) {
+    size = (size + kAlign - 1) & ~(kAlign - 1);
+    if (size > kLargestPlaced || size > static_cast<std::size_t>(end - next)) {
+      return allocateElsewhere(size);
+    }
+    madeBytes += size;
+    void* memory = next;
+    next += size;
+    ++placedInChunk;
+    return memory;
+  }
   // Marks a body constructed in memory that allocate() gave.
   static void placed(KepRObject* body) noexcept { body->placement = KepRObject::kPlacedInArena; }
 
@@ -73,6 +84,9 @@ class KEP_API _KepBodyArena {
   struct Chunk;
   static constexpr std::size_t kAlign = 8;
 
+  // allocate() for a `size` (rounded) that is too large for a chunk or does
+  // not fit in the current one.
+  void* allocateElsewhere(std::size_t size);
   // Gives up the current chunk: its count no longer includes the arena's hold.
   void close() noexcept;
   // Opens a new chunk of at least `size` free bytes; false when none was had.
