@@ -7,11 +7,6 @@
 
 KEP_REGISTER_LIBRARY_CLASS(DOMNamedNodeMap);
 
-KepRDOMNamedNodeMap::KepRDOMNamedNodeMap() noexcept : owner(nullptr) {}
-
-KepRDOMNamedNodeMap::KepRDOMNamedNodeMap(KepRDOMNode** room, int roomSize) noexcept
-    : nodes(room, roomSize), owner(nullptr) {}
-
 KepRDOMNamedNodeMap::Nodes::~Nodes() {
   if (owned) delete[] data;
 }

@@ -25,10 +25,11 @@ class KEP_API KepRDOMNamedNodeMap : public KepRObject {
   KEP_BODY_CREATE_ANOTHER(DOMNamedNodeMap)
 
  public:
-  KepRDOMNamedNodeMap() noexcept;
+  KepRDOMNamedNodeMap() noexcept : owner(nullptr) {}
   // A map whose array starts in `room`, `roomSize` slots that the caller keeps
   // as long as the map lives.
-  KepRDOMNamedNodeMap(KepRDOMNode** room, int roomSize) noexcept;
+  KepRDOMNamedNodeMap(KepRDOMNode** room, int roomSize) noexcept
+      : nodes(room, roomSize), owner(nullptr) {}
   ~KepRDOMNamedNodeMap() override;
 
   KEP_METHODS_DOMNamedNodeMap(KEP_DECLARE_METHOD)
