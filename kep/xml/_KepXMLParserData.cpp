@@ -410,10 +410,21 @@ KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
   auto* body = ::new (memory) PlacedString(static_cast<int>(length));
   _KepBodyArena::placed(body);
   unsigned short* units = body->mutableUnits();
-  // Whole blocks of a fixed size, which the compiler turns into vector code.
+  // Whole blocks of a fixed size, which the compiler turns into vector code;
+  // the last block of a text of 16 bytes or more overlaps the one before it
+  // instead of a loop over the bytes left.
+  auto block16 = [&](size_t at) {
+    for (size_t j = 0; j < 16; ++j) units[at + j] = static_cast<unsigned char>(bytes[at + j]);
+  };
   size_t i = 0;
-  for (; i + 16 <= length; i += 16) {
-    for (size_t j = 0; j < 16; ++j) units[i + j] = static_cast<unsigned char>(bytes[i + j]);
+  for (; i + 16 <= length; i += 16) block16(i);
+  if (i < length && length >= 16) {
+    block16(length - 16);
+    return body;
+  }
+  if (i + 8 <= length) {
+    for (size_t j = 0; j < 8; ++j) units[i + j] = static_cast<unsigned char>(bytes[i + j]);
+    i += 8;
   }
   for (; i < length; ++i) units[i] = static_cast<unsigned char>(bytes[i]);
   return body;
