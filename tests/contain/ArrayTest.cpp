@@ -73,6 +73,7 @@ TEST(ArrayChain, GrowsByWholeGroupsResizeKeepsTheGroupHoldingNAndMovesStopAtTheC
   m._move(60, 0, 30);  // the source leaves the chain after four slots
   EXPECT_EQ(peek(3), P(24));
   EXPECT_EQ(peek(4), P(5));
+  EXPECT_EQ(peek(64), nullptr) << "no group holds it: the scratch slot";
   EXPECT_EQ(m.size(), 40) << "reads without grow add nothing";
 }
 
