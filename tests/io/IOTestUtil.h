@@ -13,9 +13,10 @@
 
 namespace iotest {
 
-inline void writeFile(std::string const& path, std::string const& content) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << content;
+// Writes `content` to `path` and answers the path.
+inline std::string writeFile(std::string const& path, std::string const& content) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+  return path;
 }
 
 inline std::string readFile(std::string const& path) {
@@ -39,13 +40,9 @@ inline long mtimeOf(std::string const& path) {
 }
 
 // Descriptors open in this process right now.
-inline int openDescriptors() {
-  int n = 0;
-  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    (void)entry;
-    ++n;
-  }
-  return n;
+inline long openDescriptors() {
+  std::filesystem::directory_iterator entries("/proc/self/fd");
+  return std::distance(begin(entries), end(entries));
 }
 
 }  // namespace iotest
