@@ -43,9 +43,9 @@ TEST(FileTime, AdditionNegationAndComparisonAreExact128Bit) {
   EXPECT_EQ(carry, 0u);
 }
 
-TEST(FileTime, MultiplicationKeepsTheBit31Carry) {
+TEST(FileTime, MultiplicationKeepsTheBit31CarryAndGmtValuesTheEpochOffset) {
   Rng rng(23);
-  for (long i = 0; i < scaled(100000, 20000); ++i) {
+  for (long i = 0; i < scaled(300000, 30000); ++i) {
     unsigned long n = rng.next() >> (32 + rng.below(32));
     _KepFileTime a = {rng.next() >> 32, rng.next() >> 32};
     // Exact while no bit of the low word reaches bit 31 during the doublings.
@@ -58,29 +58,20 @@ TEST(FileTime, MultiplicationKeepsTheBit31Carry) {
     _KepFileTime r = FtMulDw(n, a);
     ASSERT_EQ(r.low, n * a.low);
     unsigned long upper = static_cast<unsigned long>((u128(n) * a.low) >> 32);
-    unsigned long extra = r.high - n * a.high;
-    ASSERT_LE(extra, upper);
-    ASSERT_LE(upper - extra, static_cast<unsigned long>(std::max(0, __builtin_popcountl(n) - 1)));
-  }
-}
+    ASSERT_LE(r.high - n * a.high, upper);
+    ASSERT_LE(upper - (r.high - n * a.high), unsigned(std::max(0, __builtin_popcountl(n) - 1)));
 
-TEST(FileTime, GmtValuesAgreeWithTheEpochOffsetOverTheWholeRange) {
-  const unsigned long n = 10000000;
-  Rng rng(25);
-  for (long i = 0; i < scaled(300000, 30000); ++i) {
+    // GMT values are the same product of 10^7 and the value plus the epoch
+    // offset {0xB6109100, 2}: the low word is the exact count less the offset's
+    // 2 * 10^7 * 2^32, and up to seven carries (10^7 has eight set bits) are lost.
     unsigned long const edges[] = {0, 1, 0x7FFFFFFF, 0xFFFFFFFF};
     unsigned long gmt = i < 4 ? edges[i] : rng.below(1ull << 32);
-    _KepFileTime ft;
-    _KepDateGmtVal2FileTime(gmt, &ft);
-    // The low word holds the exact count less the 2 * 10^7 * 2^32 of the offset's
-    // high word; the high word is that 2 * 10^7 plus the doublings' bit-31
-    // carries, up to seven of which (10^7 has eight set bits) are lost.
-    u128 exact = (u128(gmt) + 11644473600ull) * n;
-    ASSERT_EQ(u128(ft.low) + (u128(2 * n) << 32), exact) << gmt;
-    unsigned long upper =
-        static_cast<unsigned long>((u128(n) * ((gmt + 0xB6109100ul) & 0xFFFFFFFFul)) >> 32);
-    ASSERT_LE(ft.high - 2 * n, upper);
-    ASSERT_LE(upper - (ft.high - 2 * n), 7u) << gmt;
+    _KepDateGmtVal2FileTime(gmt, &r);
+    const unsigned long e7 = 10000000;
+    ASSERT_EQ(u128(r.low) + (u128(2 * e7) << 32), (u128(gmt) + 11644473600ull) * e7) << gmt;
+    upper = static_cast<unsigned long>((u128(e7) * ((gmt + 0xB6109100ul) & 0xFFFFFFFFul)) >> 32);
+    ASSERT_LE(r.high - 2 * e7, upper);
+    ASSERT_LE(upper - (r.high - 2 * e7), 7u) << gmt;
   }
 }
 
