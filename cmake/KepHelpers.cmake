@@ -37,8 +37,7 @@ function(kep_install_library target)
   install(TARGETS ${target} EXPORT Kep11Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/kep/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kep
     FILES_MATCHING PATTERN "*.h" PATTERN "*.def")
   install(EXPORT Kep11Targets NAMESPACE Kep11:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Kep11)
@@ -49,6 +48,19 @@ function(kep_install_library target)
     VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
   install(FILES ${PROJECT_BINARY_DIR}/Kep11Config.cmake ${PROJECT_BINARY_DIR}/Kep11ConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Kep11)
+  # kep11.pc finds the prefix from its own place (pkg-config's ${pcfiledir}), so
+  # that `cmake --install --prefix DIR` and relocated trees give right paths.
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+    set(KEP_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+    set(KEP_PC_LIBDIR "${CMAKE_INSTALL_FULL_LIBDIR}")
+    set(KEP_PC_INCLUDEDIR "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
+  else()
+    file(RELATIVE_PATH _kep_up "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+    string(REGEX REPLACE "/$" "" _kep_up "${_kep_up}")
+    set(KEP_PC_PREFIX "\${pcfiledir}/${_kep_up}")
+    set(KEP_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+    set(KEP_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+  endif()
   configure_file(${PROJECT_SOURCE_DIR}/cmake/kep11.pc.in ${PROJECT_BINARY_DIR}/kep11.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/kep11.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()

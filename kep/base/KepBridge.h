@@ -50,28 +50,43 @@ struct KepBridgeBracket;
 #define KEP_BRIDGE_PARAMS_(...) (KepBridgeToObject * kepTarget __VA_OPT__(, ) __VA_ARGS__)
 #define KEP_BRIDGE_ARGS_(...) (this->target __VA_OPT__(, ) __VA_ARGS__)
 
+// Calls from a host into the bridge functions and the handle methods go
+// straight through the host's GOT entry instead of a lazy-binding PLT stub: one
+// jump less on every call. (GCC only; other compilers keep the stub.)
+#if defined(__GNUC__) && !defined(__clang__)
+#define KEP_BRIDGE_LINKAGE __attribute__((noplt))
+#else
+#define KEP_BRIDGE_LINKAGE
+#endif
+
+// Bridges and handle methods start on a 32-byte boundary, so that the short
+// path of every call (null test, body test, jump to the virtual) is fetched in
+// one block wherever the linker happens to place it.
+#define KEP_BRIDGE_ALIGN __attribute__((aligned(32)))
+
 // Declares one table row as a virtual member (handle or body side).
 #define KEP_DECLARE_METHOD(S, R, N, P, A, Q, B) virtual R N P Q;
 
 // Declares one table row as an exported bridge function.
-#define KEP_DECLARE_BRIDGE(S, R, N, P, A, Q, B) KEP_API R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P;
+#define KEP_DECLARE_BRIDGE(S, R, N, P, A, Q, B) \
+  KEP_API KEP_BRIDGE_LINKAGE R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P;
 
 // Defines one bridge: null target -> neutral result; body -> body virtual
 // (bracketed when B is 1); outer object -> handle-side virtual, unbracketed.
-#define KEP_DEFINE_BRIDGE(S, R, N, P, A, Q, B)              \
-  R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P {              \
-    if (kepTarget == nullptr) return kepNeutralResult<R>(); \
-    if (KEP_IS_REAL_OBJ(kepTarget)) {                       \
-      KepR##S* kepBody = static_cast<KepR##S*>(kepTarget);  \
-      KepBridgeBracket<B> kepBracket(kepBody);              \
-      return kepBody->N A;                                  \
-    }                                                       \
-    return static_cast<Kep##S*>(kepTarget)->N A;            \
+#define KEP_DEFINE_BRIDGE(S, R, N, P, A, Q, B)                  \
+  KEP_BRIDGE_ALIGN R bridgeKepR##S##_##N KEP_BRIDGE_PARAMS_ P { \
+    if (kepTarget == nullptr) return kepNeutralResult<R>();     \
+    if (KEP_IS_REAL_OBJ(kepTarget)) {                           \
+      KepR##S* kepBody = static_cast<KepR##S*>(kepTarget);      \
+      KepBridgeBracket<B> kepBracket(kepBody);                  \
+      return kepBody->N A;                                      \
+    }                                                           \
+    return static_cast<Kep##S*>(kepTarget)->N A;                \
   }
 
 // Defines one handle method as the call of its bridge with the handle's target.
 #define KEP_DEFINE_HANDLE_METHOD(S, R, N, P, A, Q, B) \
-  R Kep##S::N P Q { return bridgeKepR##S##_##N KEP_BRIDGE_ARGS_ A; }
+  KEP_BRIDGE_ALIGN R Kep##S::N P Q { return bridgeKepR##S##_##N KEP_BRIDGE_ARGS_ A; }
 
 // Counts the rows of a table (used by tests to check the size of a family).
 #define KEP_COUNT_METHOD(S, R, N, P, A, Q, B) +1

@@ -6,6 +6,7 @@
 #include "kep/base/KepGlobals.h"
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepString.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/xml/KepDOMElement.h"
 
@@ -18,7 +19,7 @@ KEP_METHODS_Object(KEP_DEFINE_BRIDGE) KEP_METHODS_Object(KEP_DEFINE_HANDLE_METHO
   void addRefTarget(KepBridgeToObject * t) {
     if (t == nullptr) return;
     if (KEP_IS_REAL_OBJ(t)) {
-      static_cast<KepRObject*>(t)->addRef();
+      _KepBodyCount::addRef(static_cast<KepRObject*>(t));
     } else {
       static_cast<KepObject*>(t)->addRef();
     }
@@ -27,7 +28,7 @@ KEP_METHODS_Object(KEP_DEFINE_BRIDGE) KEP_METHODS_Object(KEP_DEFINE_HANDLE_METHO
   void releaseTarget(KepBridgeToObject * t) {
     if (t == nullptr) return;
     if (KEP_IS_REAL_OBJ(t)) {
-      static_cast<KepRObject*>(t)->release();
+      _KepBodyCount::release(static_cast<KepRObject*>(t));
     } else {
       static_cast<KepObject*>(t)->release();
     }
@@ -60,7 +61,7 @@ void KepBridgeBaseCtor(KepObject* self, KepBridgeToObject* p) {
   if (p == nullptr) {
     self->target = nullptr;
   } else if (KEP_IS_REAL_OBJ(p)) {
-    static_cast<KepRObject*>(p)->addRef();
+    _KepBodyCount::addRef(static_cast<KepRObject*>(p));
     self->target = p;
   } else {
     self->target = shareFrom(*static_cast<KepObject*>(p));

@@ -6,15 +6,112 @@
 #include "kep/base/KepGlobals.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepString.h"
+#include "kep/base/_KepBodyArena.h"
+#include "kep/base/_KepBodyCount.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/multi/_KepSemaphore.h"
 #include "kep/multi/_KepThread.h"
 #include "kep/multi/_KepThreadUnix.h"
 #include "kep/xml/KepDOMElement.h"
 
+#include <new>
+
+// The placement byte lives in the padding behind the marker word.
+static_assert(sizeof(KepRObject) == 48, "KepRObject has no room to spare");
+
 namespace {
 
 bool diagnosticsOn() { return (gDiagKep.load(std::memory_order_relaxed) & 1u) != 0; }
+
+// --- Body storage ------------------------------------------------------------
+// Bodies are small and many are short-lived (iterators, strings, events), so
+// each thread keeps up to kCacheDepth freed blocks of every body size up to
+// kCacheMaxSize, one list per size. A block is only ever handed out again for
+// a body of exactly its own size. Under the address and thread sanitizers every
+// body gets a block of its own, so that a use after the last release is caught.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define KEP_BODY_CACHE 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define KEP_BODY_CACHE 0
+#endif
+#endif
+#ifndef KEP_BODY_CACHE
+#define KEP_BODY_CACHE 1
+#endif
+
+constexpr size_t kCacheGranule = alignof(void*);
+constexpr size_t kCacheMaxSize = 256;
+constexpr size_t kCacheLists = kCacheMaxSize / kCacheGranule + 1;
+constexpr uint8_t kCacheDepth = 16;
+
+struct CachedBlock {
+  CachedBlock* next;
+};
+
+// Gives a block of `size` bytes back to the heap.
+inline void heapFree(void* block, size_t size) noexcept {
+#if defined(__cpp_sized_deallocation)
+  ::operator delete(block, size);
+#else
+  (void)size;
+  ::operator delete(block);
+#endif
+}
+
+// One thread's lists. Zero-filled at thread start; `state` is 0 until the
+// thread first keeps a block (which registers the drain below), 1 while it
+// keeps blocks, and 2 once the thread is ending: from then on blocks go
+// straight back to the heap.
+struct BodyCache {
+  CachedBlock* head[kCacheLists];
+  uint8_t count[kCacheLists];
+  uint8_t state;
+};
+
+thread_local BodyCache tBodyCache __attribute__((tls_model("initial-exec")));
+
+// Gives a thread's kept blocks back to the heap when the thread ends.
+struct BodyCacheDrain {
+  BodyCacheDrain() = default;
+  BodyCacheDrain(BodyCacheDrain const&) = delete;
+  BodyCacheDrain& operator=(BodyCacheDrain const&) = delete;
+  ~BodyCacheDrain() {
+    BodyCache& cache = tBodyCache;
+    cache.state = 2;
+    for (size_t list = 0; list < kCacheLists; ++list) {
+      while (CachedBlock* block = cache.head[list]) {
+        cache.head[list] = block->next;
+        heapFree(block, list * kCacheGranule);
+      }
+      cache.count[list] = 0;
+    }
+  }
+};
+
+// The list for blocks of `size` bytes, or kCacheLists when such blocks are not
+// kept.
+inline size_t cacheList(size_t size) {
+  if (!KEP_BODY_CACHE || size > kCacheMaxSize || size % kCacheGranule != 0) return kCacheLists;
+  return size / kCacheGranule;
+}
+
+// Keeps `block` for a later body of its size; false when it must go back to
+// the heap (the list is full or the thread is ending).
+bool keepBlock(void* block, size_t list) {
+  BodyCache& cache = tBodyCache;
+  if (cache.count[list] >= kCacheDepth || cache.state == 2) return false;
+  if (cache.state == 0) {
+    thread_local BodyCacheDrain drain;
+    (void)drain;
+    cache.state = 1;
+  }
+  auto* kept = static_cast<CachedBlock*>(block);
+  kept->next = cache.head[list];
+  cache.head[list] = kept;
+  ++cache.count[list];
+  return true;
+}
 
 _KepSemaphore* asSemaphore(uint64_t word) {
   return reinterpret_cast<_KepSemaphore*>(static_cast<uintptr_t>(word));
@@ -22,11 +119,33 @@ _KepSemaphore* asSemaphore(uint64_t word) {
 
 }  // namespace
 
+void* KepRObject::operator new(std::size_t size) {
+  size_t list = cacheList(size);
+  if (list < kCacheLists) {
+    BodyCache& cache = tBodyCache;
+    if (CachedBlock* block = cache.head[list]) {
+      cache.head[list] = block->next;
+      --cache.count[list];
+      return block;
+    }
+  }
+  return ::operator new(size);
+}
+
+void KepRObject::operator delete(void* p, std::size_t size) noexcept {
+  if (p == nullptr) return;
+  size_t list = cacheList(size);
+  if (list < kCacheLists && keepBlock(p, list)) return;
+  heapFree(p, size);
+}
+
 KepRObject::KepRObject()
     : KepBridgeToObject(kKepBodyMagic),
+      placement(0),
       refCount(0),
-      ownerOrLock(_KepThrdId()),
+      ownerOrLock(_KepThrdSelf()),
       flags(kFlagPublish),
+      creatorCounted(0),
       service(0),
       realOuterObj(nullptr) {
   if (diagnosticsOn()) KepDebugger::notifyObjectCreate(this);
@@ -43,16 +162,11 @@ int KepRObject::getStaticClassID() { return KepClassID::Object; }
 
 // --- Reference counting --------------------------------------------------
 
-void KepRObject::addRef() const {
-  // A process that never started a second thread needs no locked instruction.
-  if (_KepThrdSingleThreaded()) {
-    refCount.store(refCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  } else {
-    refCount.fetch_add(1, std::memory_order_relaxed);
-  }
-}
+void KepRObject::addRef() const { _KepBodyCount::addRef(this); }
 
-void KepRObject::release() const {
+void KepRObject::release() const { _KepBodyCount::release(this); }
+
+void KepRObject::releaseWithOuter() const {
   auto* self = const_cast<KepRObject*>(this);
   KepObject* outer = realOuterObj.load(std::memory_order_acquire);
   if (outer != nullptr && refCount.load(std::memory_order_acquire) == 2 && outer->getCount() == 0) {
@@ -63,14 +177,16 @@ void KepRObject::release() const {
     outer->freeBridge();
     return;
   }
-  int64_t before;
-  if (_KepThrdSingleThreaded()) {
-    before = refCount.load(std::memory_order_relaxed);
-    refCount.store(before - 1, std::memory_order_relaxed);
+  if (refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy(self);
+}
+
+void KepRObject::destroy(KepRObject const* body) noexcept {
+  auto* self = const_cast<KepRObject*>(body);
+  if (self->placement == kPlacedInArena) {
+    _KepBodyArena::destroy(self);
   } else {
-    before = refCount.fetch_sub(1, std::memory_order_acq_rel);
+    delete self;
   }
-  if (before == 1) delete self;
 }
 
 KepObject* KepRObject::newBridge() { return new KepObject(this); }
@@ -134,8 +250,10 @@ void KepRObject::threadSafeMethodBegin() {
     return;
   }
   uint64_t word = ownerOrLock.load(std::memory_order_acquire);
-  // Until the creating thread makes the semaphore, other threads pass unlocked.
-  if (word == 0 || word != _KepThrdId()) return;
+  // Other threads pass unlocked until the creating thread has counted or called
+  // the body; the creator's own call makes the semaphore.
+  if (word == 0) return;
+  if (word != _KepThrdSelf() && creatorCounted.load(std::memory_order_acquire) == 0) return;
   ensureSemaphore()->lock();
 }
 

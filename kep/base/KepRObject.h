@@ -3,6 +3,7 @@
 #define KEP_BASE_KEPROBJECT_H
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "kep/base/KepClassID.h"
@@ -20,7 +21,10 @@ class _KepSemaphore;
 // Locks: `lock()`/`unlock()` is a recursive critical section over several calls,
 // shared with the soft lock that brackets the thread-safe bridge calls. The
 // semaphore is made lazily: by `lock()` from any thread, or by the creating
-// thread's first bracketed call; until then other threads' bracketed calls pass
+// thread's first bracketed call. Wrapping the body in a handle on its creating
+// thread counts as such a call: from then on every thread's bracketed calls
+// lock (the semaphore itself is made by the first of them). A body that its
+// creator has neither wrapped nor called passes other threads' bracketed calls
 // unlocked.
 //
 // Thread safety: reference counting is atomic; the lock and flag operations may be
@@ -32,6 +36,15 @@ class KEP_API KepRObject : public KepBridgeToObject {
   KepRObject();
   // Frees the body's semaphore when one was made.
   ~KepRObject() override;
+
+  // Body storage. Each thread keeps the blocks of the small bodies it deleted,
+  // by size, and gives them to its next bodies of the same size without a lock
+  // or a trip through the heap; what a thread keeps goes back to the heap when
+  // it ends. The blocks are ordinary ::operator new blocks either way.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* p, std::size_t size) noexcept;
+  static void* operator new(std::size_t, void* where) noexcept { return where; }
+  static void operator delete(void*, void*) noexcept {}
 
   KEP_METHODS_Object(KEP_DECLARE_METHOD)
 
@@ -73,18 +86,37 @@ class KEP_API KepRObject : public KepBridgeToObject {
   // The body's semaphore, made under the process semaphore when it is missing.
   _KepSemaphore* ensureSemaphore();
 
+ private:
+  friend class _KepBodyArena;
+  static constexpr uint8_t kPlacedInArena = 1;
+  // Frees a body whose last reference went: every path that frees a body
+  // comes here. A body placed by a _KepBodyArena gives its memory back to its
+  // chunk; any other is deleted.
+  static void destroy(KepRObject const* body) noexcept;
+  // kPlacedInArena for a body that a _KepBodyArena placed in one of its chunks.
+  // It fills the padding behind the marker word.
+  uint8_t placement;
+
+ protected:
   // References held on the body.
   mutable std::atomic<int64_t> refCount;
   // The creating thread's id until the semaphore exists, then the semaphore.
   std::atomic<uint64_t> ownerOrLock;
   // Publish, asynchronous and owns-semaphore bits.
   std::atomic<uint8_t> flags;
+  // 1 once the creating thread has added a reference: the bracketed calls of
+  // every thread then lock. Written only by the creating thread.
+  std::atomic<uint8_t> creatorCounted;
   // The owning service's id (a tag), 0 when none.
   std::atomic<int32_t> service;
   // The caller's object registered for this body, or null.
   std::atomic<KepObject*> realOuterObj;
 
  private:
+  friend struct _KepBodyCount;
+  // release() of a body that has a registered outer object.
+  void releaseWithOuter() const;
+
   KepRObject(KepRObject const&) = delete;
   KepRObject& operator=(KepRObject const&) = delete;
 };

@@ -34,11 +34,23 @@ KepROrderedSetIterator* swapSpare(std::atomic<KepROrderedSetIterator*>& slot,
 }  // namespace
 
 KepOrderedSetIterator KepROrderedSet::iteratorAt(_KepOrderedSetIter position) const {
+  if (_KepThrdSingleThreaded()) {
+    // No other lookup can run meanwhile: the spare may stay in its slot.
+    KepROrderedSetIterator* it = spare.load(std::memory_order_relaxed);
+    if (it != nullptr && it->getRefCount() == 1) {
+      // Only the set's own reference is left: nobody can observe the reuse.
+      it->restart(const_cast<_KepOrderedSetImpl*>(&set), position);
+      return KepOrderedSetIterator(it);
+    }
+  }
+  return sharedIteratorAt(position);
+}
+
+KepOrderedSetIterator KepROrderedSet::sharedIteratorAt(_KepOrderedSetIter position) const {
   auto* tree = const_cast<_KepOrderedSetImpl*>(&set);
   KepROrderedSetIterator* it = swapSpare(spare, nullptr);
   KepROrderedSetIterator* given;
   if (it != nullptr && it->getRefCount() == 1) {
-    // Only the set's own reference is left: nobody can observe the reuse.
     it->restart(tree, position);
     given = it;
   } else {

@@ -37,6 +37,9 @@ class KEP_API KepROrderedSet : public KepRObject {
  private:
   // An iterator at `position`: the spare body when nobody else holds it.
   KepOrderedSetIterator iteratorAt(_KepOrderedSetIter position) const;
+  // The same for a process with several threads, where concurrent lookups take
+  // the spare out of its slot while they inspect it.
+  KepOrderedSetIterator sharedIteratorAt(_KepOrderedSetIter position) const;
 
   _KepOrderedSetImpl set;
   // The spare iterator body (one reference held by the set), or null. Taken out

@@ -21,7 +21,15 @@ class KEP_API KepROrderedSetIterator : public KepRObject {
 
   // Makes an iterator that nobody else references again as new: at `position`
   // of `set`, service 0, publishing on, no asynchronous interest.
-  void restart(_KepOrderedSetImpl* set, _KepOrderedSetIter position) noexcept;
+  void restart(_KepOrderedSetImpl* s, _KepOrderedSetIter p) noexcept {
+    set = s;
+    position = p;
+    // Written only when a caller changed them: the usual reuse costs no store.
+    if (service.load(std::memory_order_relaxed) != 0) service.store(0, std::memory_order_relaxed);
+    uint8_t f = flags.load(std::memory_order_relaxed);
+    auto fresh = static_cast<uint8_t>((f & kFlagOwnsSemaphore) | kFlagPublish);
+    if (f != fresh) flags.store(fresh, std::memory_order_relaxed);
+  }
 
  private:
   _KepOrderedSetImpl* set;

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -42,6 +43,7 @@ void _KepVectorImpl::_M_insert_aux(void** pos, void* const& value) {
   size_t count = size();
   size_t capacity = count == 0 ? kFirstCapacity : 2 * count;
   auto** block = static_cast<void**>(std::malloc(capacity * sizeof(void*)));
+  if (block == nullptr) throw std::bad_alloc();
   size_t before = static_cast<size_t>(pos - start);
   if (before != 0) std::memcpy(block, start, before * sizeof(void*));
   block[before] = copy;

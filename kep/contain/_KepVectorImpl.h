@@ -10,7 +10,8 @@
 // A vector of `void*` whose storage comes from malloc. The elements are raw
 // pointers that the vector never owns or frees. The first growth allocates 32
 // slots; every later one doubles the capacity, so appends are amortised constant.
-// Erasing never shrinks the storage. A failed allocation is not detected.
+// Erasing never shrinks the storage. When growing cannot get its storage,
+// insert and push_back throw std::bad_alloc and leave the vector as it was.
 //
 // Positions passed in (`insert`, `erase`) must lie in [begin(), end()]; a position
 // outside that range is taken as end() by insert and ignored by erase.

@@ -16,7 +16,19 @@ namespace {
 
 constexpr int kClassA = 0x4f0100;
 constexpr int kAnnounced = 0x4f0101;
+constexpr int kAnnouncedSilent = 0x4f0102;
 constexpr int kService = 0x4f0200;
+constexpr int kSilentService = 0x4f0201;
+
+// The services' side of announced classes: kService registers kAnnounced when it
+// is started; kSilentService registers nothing.
+std::atomic<int> gServiceStarts{0};
+bool startService(int serviceId) {
+  ++gServiceStarts;
+  if (serviceId != kService) return false;
+  KepFactory::registerInternalClass(kAnnounced, KepObject::newObject(), new CountedBody);
+  return true;
+}
 
 // A second counted class, to tell prototypes apart.
 class OtherBody : public CountedBody {
@@ -38,7 +50,8 @@ class OtherBodyA : public BodyA {
 class Factory : public ::testing::Test {
  protected:
   void TearDown() override {
-    for (int id : {kClassA, kAnnounced}) KepFactory::unregisterClass(id);
+    KepFactory::setServiceStarter(nullptr);
+    for (int id : {kClassA, kAnnounced, kAnnouncedSilent}) KepFactory::unregisterClass(id);
     EXPECT_EQ(CountedBody::live.load(), 0) << "a prototype or a holder leaked";
   }
   ScopedKepInit init_;
@@ -67,6 +80,25 @@ TEST_F(Factory, FirstPrototypeWinsAndTheRejectedHolderIsFreed) {
   KepFactory::unregisterClass(kClassA);
   EXPECT_EQ(first.getRealKepObj()->getRefCount(), 1) << "unregistering frees the holder";
   EXPECT_TRUE(KepGetObject(kClassA, 0).isNull());
+}
+
+TEST_F(Factory, AnnouncedClassIsMadeOnceItsServiceStartsAndRegistersIt) {
+  KepFactory::registerClass(kAnnounced, kService);
+  KepFactory::registerClass(kAnnouncedSilent, kSilentService);
+  EXPECT_TRUE(KepGetObject(kAnnounced, 0).isNull()) << "no way to start services yet";
+  KepFactory::setServiceStarter(startService);
+  gServiceStarts = 0;
+  KepObject first = KepGetObject(kAnnounced, 7, 5);
+  ASSERT_FALSE(first.isNull());
+  EXPECT_EQ(gServiceStarts.load(), 1);
+  EXPECT_EQ(first.getService(), 5);
+  KepObject second = KepGetObject(kAnnounced, 0, 5);  // `sub` changes nothing
+  ASSERT_FALSE(second.isNull());
+  EXPECT_NE(second.getRealKepObj(), first.getRealKepObj()) << "each request makes a new object";
+  EXPECT_EQ(second.getService(), 5);
+  EXPECT_EQ(gServiceStarts.load(), 1) << "the registered prototype serves later requests";
+  EXPECT_TRUE(KepGetObject(kAnnouncedSilent, 0).isNull());
+  EXPECT_EQ(gServiceStarts.load(), 2);
 }
 
 TEST(FactoryFallback, UnknownIdsGiveNullAndTheRootIdAPlainObjectWithOrWithoutInit) {

@@ -1,9 +1,10 @@
 // The body lock: lazy semaphore creation, recursion, blocking of bracketed calls,
-// and counts shared between threads.
+// and counts and body storage shared between threads.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <thread>
 #include <vector>
 
@@ -52,21 +53,45 @@ KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_MET
 }  // namespace
 
 TEST(ObjectLock, OnlyTheCreatorsBracketOrAnExplicitLockMakesTheSemaphore) {
-  KepCounter c(new KepRCounter);
-  std::thread([&] { c.bump(1); }).join();
-  EXPECT_FALSE(c.getRealKepObj()->hasSemaphore()) << "a foreign thread's bracket makes none";
+  // Wrapped and called first on another thread: that thread's brackets make no
+  // semaphore; the creator's own call does.
+  auto* body = new KepRCounter;
+  KepCounter c;
+  std::thread([&] {
+    c = KepCounter(body);
+    c.bump(1);
+  }).join();
+  EXPECT_FALSE(body->hasSemaphore()) << "a foreign thread's bracket makes none";
   c.bump(1);
-  EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
+  EXPECT_TRUE(body->hasSemaphore());
   EXPECT_EQ(c.peek(), 2);
 
-  KepObject o(new KepRObject);
+  auto* plain = new KepRObject;
+  KepObject o;
+  std::thread([&] { o = KepObject(plain); }).join();
   o.unlock();  // no semaphore yet: nothing happens
-  EXPECT_FALSE(o.getRealKepObj()->hasSemaphore());
+  EXPECT_FALSE(plain->hasSemaphore());
   std::thread([&] {
     EXPECT_EQ(o.lock(5000), 1);
     o.unlock();
   }).join();
-  EXPECT_TRUE(o.getRealKepObj()->hasSemaphore()) << "lock() makes it on any thread";
+  EXPECT_TRUE(plain->hasSemaphore()) << "lock() makes it on any thread";
+}
+
+// Regression: a body wrapped by its creator and then only called from other
+// threads ran its thread-safe methods unlocked, and concurrent updates were lost.
+TEST(ObjectLock, BracketedCallsOfABodyItsCreatorWrappedAreSerialisedOnEveryThread) {
+  KepCounter c(new KepRCounter);
+  constexpr int kThreads = 4, kBumps = 500;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([c] {
+      for (int i = 0; i < kBumps; ++i) const_cast<KepCounter&>(c).bump(1);
+    });
+  }
+  for (auto& t : threads) t.join();
+  EXPECT_EQ(c.peek(), kThreads * kBumps);
+  EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
 }
 
 TEST(ObjectLock, ThreeLocksNeedThreeUnlocksBeforeAnotherThreadGetsIn) {
@@ -139,4 +164,54 @@ TEST(ObjectLock, CountsStayExactUnderConcurrentCopiesAndReleases) {
     t2.join();
     ASSERT_EQ(keptest::CountedBody::live.load(), 0);
   }
+}
+
+namespace {
+
+// A body that fills its own storage with a pattern made from its address and
+// checks it when it goes: a body handed storage smaller than itself, or storage
+// another live body uses, breaks a pattern.
+template <int kWords>
+class PatternBody : public keptest::CountedBody {
+ public:
+  PatternBody() {
+    for (int i = 0; i < kWords; ++i) words[i] = seal(i);
+  }
+  ~PatternBody() override {
+    for (int i = 0; i < kWords; ++i) {
+      if (words[i] != seal(i)) ++broken;
+    }
+  }
+  uintptr_t seal(int i) const { return reinterpret_cast<uintptr_t>(this) * 31 + i; }
+  uintptr_t words[kWords];
+  static inline std::atomic<int> broken{0};
+};
+
+}  // namespace
+
+TEST(ObjectLock, BodyStorageIsReusedOnlyForBodiesOfItsSizeAlsoAcrossThreads) {
+  using Small = PatternBody<1>;
+  using Large = PatternBody<9>;
+  // Bodies made on one thread and released on others, of sizes that alternate,
+  // while the threads that kept their storage come and go.
+  for (int round = 0; round < 20; ++round) {
+    std::vector<KepObject> made;
+    for (int i = 0; i < 64; ++i) {
+      made.emplace_back(i % 3 == 0 ? static_cast<KepRObject*>(new Large) : new Small);
+    }
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&made, t] {
+        for (size_t i = t; i < made.size(); i += 4) made[i] = KepObject();
+        for (int i = 0; i < 200; ++i) {
+          KepObject small(new Small);
+          KepObject large(new Large);
+          KepObject again(new Small);
+        }
+      });
+    }
+    for (auto& t : threads) t.join();
+  }
+  EXPECT_EQ(Small::broken.load() + Large::broken.load(), 0);
+  EXPECT_EQ(keptest::CountedBody::live.load(), 0);
 }

@@ -36,6 +36,7 @@ TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
   Kep::init(0);
   expectSubsystemCounts(2);
   EXPECT_EQ(log_.count("Initializating KEP, invocation #2, for current process"), 1u);
+  EXPECT_EQ(log_.count("Initializating KepFactory, invocation #2, for current process"), 1u);
   int classes = KepFactory::classCount();
   int libraryClasses = 0;
   for (KepLibraryClass* c = KepFirstLibraryClass(); c != nullptr; c = c->next) ++libraryClasses;

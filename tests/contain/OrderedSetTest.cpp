@@ -110,6 +110,8 @@ TEST_F(OrderedSet, IteratorsAreIndependentStayAtTheEndAndAreReused) {
   EXPECT_TRUE(b.get().isNull());
 
   a.setService(44);
+  a.disablePublish();
+  a.enableAsyncronous();
   KepRObject* reused = a.getRealKepObj();
   a = KepOrderedSetIterator();
   b = KepOrderedSetIterator();
@@ -117,6 +119,8 @@ TEST_F(OrderedSet, IteratorsAreIndependentStayAtTheEndAndAreReused) {
   EXPECT_EQ(valueOf(c.get()), 1);
   ASSERT_EQ(c.getRealKepObj(), reused) << "the spare body is handed out again";
   EXPECT_EQ(c.getService(), 0) << "and starts as new";
+  EXPECT_EQ(c.shouldPublish(), 1u);
+  EXPECT_EQ(c.hasAsyncronousInterest(), 0u);
   KepOrderedSetIterator none(new KepROrderedSetIterator);
   EXPECT_TRUE(none.get().isNull());
   EXPECT_TRUE(none.nextElement().isNull());
