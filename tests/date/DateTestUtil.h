@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,17 +28,13 @@ struct Rng : std::mt19937_64 {
   uint64_t below(uint64_t n) { return next() % n; }
 };
 
-inline std::tm utc(long secs) {
+// glibc's fields of a GMT value, in GMT or in the local time of TZ.
+inline std::tm utc(long secs, bool inLocalTime = false) {
   std::time_t t = secs;
   std::tm tm{};
-  return *gmtime_r(&t, &tm);
+  return *(inLocalTime ? localtime_r(&t, &tm) : gmtime_r(&t, &tm));
 }
-
-inline std::tm local(long secs) {
-  std::time_t t = secs;
-  std::tm tm{};
-  return *localtime_r(&t, &tm);
-}
+inline std::tm local(long secs) { return utc(secs, true); }
 
 // timegm of the given (possibly unnormalised) fields; month 0-11.
 inline long gmtSecs(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
@@ -113,14 +108,8 @@ struct Zone {
 
 // Sets TZ for the scope; the suite runs without TZ otherwise.
 struct ScopedTZ {
-  explicit ScopedTZ(char const* tz) {
-    setenv("TZ", tz, 1);
-    tzset();
-  }
-  ~ScopedTZ() {
-    unsetenv("TZ");
-    tzset();
-  }
+  explicit ScopedTZ(char const* tz) { setenv("TZ", tz, 1), tzset(); }
+  ~ScopedTZ() { unsetenv("TZ"), tzset(); }
 };
 
 }  // namespace datetest
