@@ -37,11 +37,15 @@ TEST(Directories, CreateMakesEveryMissingParentAndRemoveAllTakesTheTree) {
   EXPECT_EQ(_KepIODirCreate(dir.file("one/two/three/").c_str()), 0u);
   EXPECT_TRUE(present(dir.file("one/two/three")));
   EXPECT_EQ(_KepIODirCreate(dir.file("one/two").c_str()), 0u) << "present already";
+  EXPECT_EQ(__KepIODirCreate(dir.file("one").c_str()), KEP_IO_SHARING) << "the plain form refuses";
   EXPECT_EQ(__KepIODirCreate(dir.file("x/y").c_str()), KEP_IO_NOT_FOUND) << "no parent made";
   EXPECT_EQ(_KepIODirCreate("no-parent-part-here"), KEP_IO_NOT_FOUND);
   EXPECT_EQ(_KepIODirCreateForFile(dir.file("f/g/file.txt").c_str()), 0u);
   EXPECT_TRUE(present(dir.file("f/g")) && !present(dir.file("f/g/file.txt")));
   EXPECT_EQ(_KepIODirCreateForFile("bare-name"), 0u);
+  std::string blocker = writeFile(dir.file("blocker"), "a file in the way");
+  EXPECT_NE(_KepIODirCreate((blocker + "/sub").c_str()), 0u);
+  EXPECT_EQ(_KepIODirRemoveAll(blocker.c_str(), 0), KEP_IO_FAILED);
   EXPECT_EQ(_KepIODirRemove(dir.file("one").c_str()), KEP_IO_FAILED) << "not empty";
   EXPECT_EQ(_KepIODirRemove(dir.file("one/two/three").c_str()), 0u);
 
@@ -69,6 +73,7 @@ TEST(Directories, EnumerationMatchesPatternsInNameOrder) {
   EXPECT_EQ(namesOf(dir.path(), "*.txt"), (Names{".hidden.txt", "a.txt", "b.txt", "sub.txt"}));
   EXPECT_EQ(namesOf(dir.path(), "?.*"), (Names{"a.txt", "b.txt", "c.log"}));
   EXPECT_EQ(namesOf(dir.path(), "*").size(), 5u) << "no . or .. entries";
+  EXPECT_TRUE(namesOf(dir.path(), "*.none").empty());
 
   // The other interface gives each entry's size, attribute and time.
   void* handle = reinterpret_cast<void*>(1);
@@ -118,6 +123,9 @@ TEST(MoveAndCopy, CopyKeepsContentTimesAndModeLessWriteBitsAndNeverOntoItself) {
     EXPECT_EQ(modeOf(target), c.mode) << c.name;
     EXPECT_EQ(mtimeOf(target), 1234567890);
   }
+  EXPECT_EQ(_KepIOCopy(source.c_str(), KEP_IO_READ, dir.file("keep").c_str(), 194),
+            KEP_IO_COPY_DESTINATION)
+      << "an exclusive destination must not exist";
   EXPECT_EQ(_KepIOCopy(dir.file("none").c_str(), KEP_IO_READ, dir.file("dest").c_str(),
                        KEP_IO_READ_WRITE),
             KEP_IO_NOT_FOUND);
@@ -153,7 +161,13 @@ TEST(MoveAndCopy, CopyPartialCopiesARangeBetweenPositions) {
             KEP_IO_SHORT_READ);
   EXPECT_EQ(copied, 8u);
   EXPECT_EQ(readFile(target), "..3456789abcdef");
-  EXPECT_EQ(_KepIOClose(&to) | _KepIOClose(&from), 0u);
+  EXPECT_EQ(_KepIOCopyPartial(&from, 12, &to, 0, KEP_IO_ALL, &copied), 0u) << "all that is left";
+  EXPECT_EQ(copied, 4u);
+  EXPECT_EQ(readFile(target), "cdef56789abcdef");
+  EXPECT_EQ(_KepIOClose(&to), 0u);
+  EXPECT_EQ(_KepIOCopyPartial(&from, 0, &to, 0, 1, &copied), KEP_IO_BAD_HANDLE);
+  EXPECT_EQ(copied, 0u);
+  EXPECT_EQ(_KepIOClose(&from), 0u);
 }
 
 TEST(MoveAndCopy, MoveRenamesOrCopiesAcrossDevices) {

@@ -72,13 +72,22 @@ TEST(FileLayerOpen, PlainOpensShareAndCountAndExclusiveOnesAreRefused) {
   EXPECT_EQ(__KepIOOpen(std::string(KEP_IO_PATH_MAX, 'x').c_str(), KEP_IO_READ, &other, 1),
             KEP_IO_PATH_TOO_LONG);
   EXPECT_EQ(__KepIOOpen(nullptr, KEP_IO_READ, &other, 1), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(__KepIOOpen(path.c_str(), KEP_IO_READ, nullptr, 1), KEP_IO_FAILED);
+  char byte = 0;
+  uint16_t count = 7;
+  EXPECT_EQ(_KepIORead(nullptr, KEP_IO_CURRENT, 1, &byte, &count), KEP_IO_BAD_HANDLE);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(_KepIOWrite(&a, KEP_IO_SEEK_CUR, 0, 1, &byte, nullptr), KEP_IO_BAD_HANDLE) << "closed";
+  EXPECT_EQ(_KepIOClose(nullptr), KEP_IO_BAD_HANDLE);
 }
 
 TEST(FileLayerOpen, CreatingOpensTruncateAndCreateOnlyOnRequest) {
   TempDir dir;
   std::string missing = dir.file("missing");
   _Io_File file;
+  // The layer's own creating bit is dropped before the system call.
   EXPECT_EQ(__KepIOCreate(missing.c_str(), KEP_IO_READ, 0644, &file), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(__KepIOOpen(missing.c_str(), KEP_IO_CREATE, &file, 0), KEP_IO_NOT_FOUND);
   EXPECT_FALSE(present(missing));
   std::string existing = writeFile(dir.file("existing"), "old content");
   ASSERT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_READ, 0644, &file), 0u);
@@ -86,6 +95,10 @@ TEST(FileLayerOpen, CreatingOpensTruncateAndCreateOnlyOnRequest) {
   EXPECT_EQ(_KepIOWrite(&file, KEP_IO_SEEK_CUR, 0, 3, "new", &wrote), 0u) << "read-write";
   EXPECT_EQ(_KepIOClose(&file), 0u);
   EXPECT_EQ(readFile(existing), "new") << "and truncated";
+  EXPECT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_WRITE, 0644, &file), KEP_IO_LOCK_FAILED)
+      << "write-only plus read-write is access mode 3: no lock can be taken";
+  EXPECT_EQ(_KepIOOpenCount(existing.c_str()), 0u);
+  EXPECT_EQ(readFile(existing), "new") << "a refused creating open truncates nothing";
   ASSERT_EQ(__KepIOCreate(existing.c_str(), KEP_IO_EXCLUSIVE, 0644, &file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
   EXPECT_EQ(readFile(existing), "new") << "the exclusive bit drops the truncation";
@@ -168,6 +181,7 @@ TEST(FileLayerReadWrite, SeekAndTruncateCutsOrRefuses) {
   EXPECT_EQ(sizeAndPosition(&file), std::make_pair(8ul, 8ul));
   EXPECT_EQ(unix_chsize(file.fd, 4), 0);
   EXPECT_EQ(unix_filelength(file.fd), 4);
+  EXPECT_EQ(unix_filelength(-1), -1);
   EXPECT_EQ(_KepIOClose(&file), 0u);
 }
 
@@ -191,6 +205,7 @@ TEST(FileLayerReadWrite, PositionsBeyondFourGigabytesInASparseFile) {
   EXPECT_STREQ(buffer, "HEllo");
   EXPECT_EQ(_KepIORead(&file, 0, 3, buffer, &count), 0u);
   EXPECT_EQ(std::string(buffer, 3), std::string("\0!?", 3));
+  EXPECT_EQ(_KepIOFlush(&file), 0u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
 }
 
@@ -198,8 +213,11 @@ TEST(FileLayerPaths, DeleteExistAttributesAndFileTimes) {
   TempDir dir;
   std::string path = writeFile(dir.file("file"), "abc");
   unsigned long value = 99;
-  EXPECT_EQ(_KepIOGetAttribute(dir.path().c_str(), &value), 0u);
-  EXPECT_EQ(value, 0x20u);
+  unsigned long attribute = 99;
+  EXPECT_EQ(_KepIOGetAttribute(dir.path().c_str(), &value) |
+                _KepIOGetAttribute(path.c_str(), &attribute) | _KepIOExist(path.c_str()),
+            0u);
+  EXPECT_EQ(std::make_pair(value, attribute), std::make_pair(0x20ul, 1ul));
   EXPECT_EQ(_KepIODelete(dir.path().c_str()), KEP_IO_FAILED) << "directories are refused";
   EXPECT_TRUE(present(dir.path()));
 
@@ -208,6 +226,8 @@ TEST(FileLayerPaths, DeleteExistAttributesAndFileTimes) {
   unsigned long const stamp = 1000000000;
   ASSERT_EQ(_KepIOSetFileGMTVAL(path.c_str(), nullptr, stamp), 0u);
   EXPECT_EQ(mtimeOf(path), static_cast<long>(stamp));
+  EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), nullptr, &value), 0u);
+  EXPECT_EQ(value, stamp);
   void* zone = nullptr;
   ASSERT_EQ(_KepDateCreateTZ(0, 2, 2, 0, 1, 9, 3600, 3600, 0, &zone), 0u);
   _KepDateTime date;
@@ -224,6 +244,8 @@ TEST(FileLayerPaths, DeleteExistAttributesAndFileTimes) {
   EXPECT_EQ(_KepIODelete(path.c_str()), 0u);
   EXPECT_EQ(_KepIOExist(path.c_str()), KEP_IO_NOT_FOUND);
   EXPECT_EQ(_KepIODelete(path.c_str()), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOGetAttribute(path.c_str(), &value), KEP_IO_NOT_FOUND);
+  EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), nullptr, &value), KEP_IO_NOT_FOUND);
   EXPECT_EQ(_KepIOMapErrno(0x11), KEP_IO_SHARING);  // "already present"
 }
 

@@ -30,12 +30,14 @@ TEST(FileStream, OpensOnFirstUseForReadingOrWritingAndClosesWithTheLastHandle) {
   EXPECT_EQ(missing.read(), -1);
   EXPECT_TRUE(failedWith(missing, KEP_IO_NOT_FOUND));
   {
-    KepFile out(text(writeFile(path, "old content")));
+    KepFile out(text(path));
+    EXPECT_EQ(out.exists(), 0u);
     EXPECT_EQ(out.writeLine(KepString("hello")), 6);
+    EXPECT_EQ(out.exists(), 1u) << "the first write created the file";
     signed char buffer[4];
     EXPECT_EQ(out.read(buffer, 0, 4), -1) << "opened for writing only";
   }
-  EXPECT_EQ(readFile(path), "hello\n") << "writing truncates";
+  EXPECT_EQ(readFile(path), "hello\n");
   EXPECT_EQ(_KepIOOpenCount(path.c_str()), 0u);
   KepFile in(text(path));
   EXPECT_EQ(in.readLine().toStdString(), "hello");
@@ -43,6 +45,10 @@ TEST(FileStream, OpensOnFirstUseForReadingOrWritingAndClosesWithTheLastHandle) {
   EXPECT_TRUE(failedWith(in, KEP_IO_SHARING));
   in.close();
   EXPECT_EQ(in.read(), -1) << "closed until opened again";
+  KepFile again(text(path));
+  EXPECT_EQ(again.write("new"), 3);
+  again.close();
+  EXPECT_EQ(readFile(path), "new") << "writing truncates an existing file";
 
   KepFile file(text(dir.file("modes")));
   ASSERT_EQ(file.open(KepFile::kReadWrite), 1u);
@@ -63,6 +69,8 @@ TEST(FileStream, OpensOnFirstUseForReadingOrWritingAndClosesWithTheLastHandle) {
   EXPECT_EQ(file.readText(-1).toStdString(), "0123ab");
   EXPECT_EQ(file.open(99), 0u);
   EXPECT_EQ(file.isOpen(), 0u) << "a failed open leaves the file closed";
+  EXPECT_EQ(std::make_pair(file.seek(0, KEP_IO_SEEK_SET), file.tell()), std::make_pair(-1L, -1L));
+  EXPECT_EQ(KepFile(text(dir.path())).open(KepFile::kRead), 1u) << "directories open for reading";
 
   // Copies between files and memory streams, in several pieces.
   std::string content(70000, '\0');
@@ -86,7 +94,9 @@ TEST(FileOperations, KindsTimesCreationRemovalRenamingCopyingAndLocks) {
   EXPECT_EQ(file.lastModified(), 1500000000u);
   EXPECT_EQ(file.copyTo(text(dir.file("b.txt"))), 1u);
   EXPECT_EQ(file.copyTo(text(dir.file("a.txt"))), 0u) << "never onto itself";
+  ASSERT_EQ(file.open(KepFile::kRead), 1u);
   EXPECT_EQ(file.renameTo(text(dir.file("c.txt"))), 1u);
+  EXPECT_EQ(file.isOpen(), 0u) << "renaming closes the file";
   EXPECT_EQ(file.getPath().toStdString(), dir.file("a.txt")) << "the object keeps its path";
   EXPECT_EQ(kinds(file), (std::vector<unsigned long>{0, 0, 0, 0}));
   EXPECT_EQ(file.renameTo(text(dir.file("d.txt"))), 0u);
@@ -96,7 +106,9 @@ TEST(FileOperations, KindsTimesCreationRemovalRenamingCopyingAndLocks) {
   KepStringBuffer names(KepString(""));
   EXPECT_EQ(folder.list(KepString("?.txt"), names), 2);
   EXPECT_EQ(names.toString().toStdString(), "b.txt\nc.txt\n");
+  EXPECT_EQ(folder.list(KepString(), names), 2) << "no pattern lists everything";
   EXPECT_EQ(KepFile(text(dir.file("b.txt"))).list(KepString("*"), names), -1);
+  EXPECT_TRUE(KepFile(text(dir.file("none"))).createTempFile(KepString("t"), KepString()).isNull());
   KepFile temp = folder.createTempFile(KepString("tmp-"), KepString(".part"));
   ASSERT_FALSE(temp.isNull());
   EXPECT_EQ(temp.getName().toStdString().rfind("tmp-", 0), 0u);
@@ -114,7 +126,9 @@ TEST(FileOperations, KindsTimesCreationRemovalRenamingCopyingAndLocks) {
   EXPECT_EQ(top.exists(), 0u);
 
   KepFile db(text(dir.file("db")));
+  EXPECT_EQ(db.unlockRecord(), 0u);
   EXPECT_EQ(db.lockRecord(0), 1u) << "opens the file read-write";
+  EXPECT_EQ(db.isOpen(), 1u);
   EXPECT_EQ(db.unlockRecord(), 1u);
   KepFile readOnly(text(dir.file("b.txt")));
   ASSERT_EQ(readOnly.open(KepFile::kRead), 1u);
@@ -125,8 +139,11 @@ TEST(FileOperations, KindsTimesCreationRemovalRenamingCopyingAndLocks) {
 TEST(FilePath, PathPartsOfFilesAndPaths) {
   KepFile file(KepString("/srv/data/report.tar.gz"));
   EXPECT_EQ(file.getName().toStdString(), "report.tar.gz");
+  EXPECT_EQ(file.getParent().toStdString(), "/srv/data");
   EXPECT_EQ(file.getParentFile().getPath().toStdString(), "/srv/data");
+  EXPECT_EQ(file.toString().toStdString(), "/srv/data/report.tar.gz");
   EXPECT_EQ(file.toPath().getExtension().toStdString(), "gz");
+  EXPECT_TRUE(KepFile(KepString("bare")).getParent().isNull());
   EXPECT_TRUE(KepFile(KepString("bare")).getParentFile().isNull());
   EXPECT_EQ(KepFile(KepString("/a/./b/../c")).getAbsolutePath().toStdString(), "/a/c");
 
@@ -140,6 +157,8 @@ TEST(FilePath, PathPartsOfFilesAndPaths) {
   EXPECT_EQ(child.equals(path), 0u);
   EXPECT_EQ(path.isAbsolute(), 1u);
   EXPECT_EQ(KepPath(KepString("rel")).isAbsolute(), 0u);
+  EXPECT_EQ(KepPath(KepString("rel")).getDirectory().toStdString(), "");
+  EXPECT_EQ(KepPath(KepString("/x/../y")).toAbsolute().toString().toStdString(), "/y");
   EXPECT_TRUE(KepPath(KepString("")).getName().isNull());
   KepPath factoryMade(KepGetObject(KepClassID::Path, 0));
   ASSERT_FALSE(factoryMade.isNull());

@@ -1,10 +1,11 @@
-// Path builders over 1024-byte buffers, wildcard matching and the extended path
-// forms.
+// Path builders over 1024-byte buffers, the character helpers, wildcard matching
+// and the extended path forms.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "io/IOTestUtil.h"
 #include "kep/Kep.h"
@@ -18,9 +19,11 @@ TEST(PathBuild, ComponentsAreJoinedWithOneSeparator) {
     char const *a, *b, *c, *d, *want;
   };
   char out[KEP_IO_PATH_MAX];
-  for (Case k : {Case{"/usr", "lib/", nullptr, "kep", "/usr/lib/kep"},
-                 Case{"", "x", nullptr, nullptr, "x"},  // no separator after an empty text
-                 Case{nullptr, nullptr, nullptr, nullptr, ""}}) {
+  for (Case k :
+       {Case{"/usr", "lib/", nullptr, "kep", "/usr/lib/kep"},
+        Case{nullptr, "a", nullptr, "b", "a/b"}, Case{"/", "etc", nullptr, nullptr, "/etc"},
+        Case{"", "x", nullptr, nullptr, "x"},  // no separator after an empty text
+        Case{nullptr, nullptr, nullptr, nullptr, ""}}) {
     EXPECT_EQ(_KepIOPathBuild(k.a, k.b, k.c, k.d, out), 0u);
     EXPECT_STREQ(out, k.want);
   }
@@ -55,7 +58,7 @@ TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
   EXPECT_TRUE(KepPath(KepString(base.c_str())).append(KepString("abcd")).isNull());
 }
 
-TEST(PathReduce, SplitsAtTheFileNameAndFindsTheExtension) {
+TEST(PathReduce, SplitsAtTheFileNameAndExtractsNames) {
   // The plain form splits at the last separator; the extended one ignores
   // trailing separators, keeps the root and checks the sizes of its buffers.
   struct Case {
@@ -63,18 +66,54 @@ TEST(PathReduce, SplitsAtTheFileNameAndFindsTheExtension) {
   };
   char dir[KEP_IO_PATH_MAX];
   char name[KEP_IO_PATH_MAX];
-  for (Case c : {Case{"/var/log/syslog", "/var/log", "syslog"}, Case{"/top", "", "top"},
-                 Case{"a/b/", "a/b", ""}}) {
+  for (Case c : {Case{"/var/log/syslog", "/var/log", "syslog"}, Case{"plain", "", "plain"},
+                 Case{"/top", "", "top"}, Case{"a/b/", "a/b", ""}}) {
     EXPECT_EQ(_KepIOPathReduce(c.path, dir, name), 0u);
     EXPECT_EQ(std::string(dir) + "|" + name, std::string(c.dir) + "|" + c.name) << c.path;
   }
-  for (Case c : {Case{"/a/b//", "/a", "b"}, Case{"/a", "/", "a"}}) {
+  for (Case c : {Case{"/a/b//", "/a", "b"}, Case{"/a", "/", "a"}, Case{"//", "/", ""},
+                 Case{"a//b", "a", "b"}}) {
     EXPECT_EQ(_KepIOPathReduceExt(c.path, dir, sizeof dir, name, 8), 0u);
     EXPECT_EQ(std::string(dir) + "|" + name, std::string(c.dir) + "|" + c.name) << c.path;
   }
+  EXPECT_EQ(_KepIOPathReduce("/top", dir, nullptr), 0u);
   EXPECT_EQ(_KepIOPathReduce("", dir, name), KEP_IO_REDUCE_EMPTY);
+  EXPECT_EQ(_KepIOPathReduce("a", nullptr, name), KEP_IO_NOT_FOUND);
+  std::strcpy(dir, "x/y/z");
+  EXPECT_EQ(_KepIOPathReduce(dir, dir, name), 0u) << "in place";
+  EXPECT_EQ(std::string(dir) + "|" + name, "x/y|z");
   EXPECT_EQ(_KepIOPathReduceExt("/d/longname", dir, sizeof dir, name, 8), KEP_IO_PATH_TOO_LONG);
   EXPECT_EQ(_KepIOPathBuildExt("ab", "c", nullptr, nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
+  EXPECT_EQ(_KepIOPathModifyExt("a", "b", nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
+  EXPECT_EQ(_KepIOPathBuildExt("a", "", nullptr, nullptr, name, 3), 0u);
+  EXPECT_STREQ(name, "a/");
+
+  // A record's own path wins over the path given.
+  _Io_File record{-1, const_cast<char*>("/from/record.dat"), 17};
+  EXPECT_EQ(_KepIOExtractName(&record, "/ignored/path", name), 0u);
+  EXPECT_STREQ(name, "record.dat");
+  EXPECT_EQ(_KepIOExtractName(nullptr, "/some/path", name), 0u);
+  EXPECT_STREQ(name, "path");
+  EXPECT_EQ(_KepIOExtractName(nullptr, nullptr, name), KEP_IO_BAD_HANDLE);
+}
+
+TEST(PathCharacters, SingleByteLanguageAndDoubleByteScanning) {
+  char const* text = "a\x82\xA0/b";
+  unsigned short const sjis = KEP_IO_LANGUAGE_SHIFT_JIS;
+  EXPECT_EQ(std::vector<unsigned long>(
+                {__KepIOIsDBCSLead(KEP_IO_LANGUAGE, 0x82), __KepIOIsDBCSLead(sjis, 0x82),
+                 __KepIOIsDBCSLead(sjis, 0xA0), __KepIOIsDBCSLead(18, 0xA0)}),
+            std::vector<unsigned long>({0, 1, 0, 1}));
+  EXPECT_EQ(__KepIOCharCount(KEP_IO_LANGUAGE, text), 5);
+  EXPECT_EQ(__KepIOCharCount(sjis, text), 4);
+  EXPECT_EQ(__KepIOGetNextChar(sjis, text + 1), text + 3);
+  EXPECT_EQ(__KepIOGetPrevChar(sjis, text, text + 3), text + 1);
+  EXPECT_EQ(__KepIOGetPrevChar(KEP_IO_LANGUAGE, text, text + 3), text + 2);
+  EXPECT_EQ(__KepIOGetPrevChar(KEP_IO_LANGUAGE, text, text), text);
+  char const* dangling = "x\x82";  // a lead byte right before the terminator
+  EXPECT_EQ(__KepIOGetNextChar(sjis, dangling + 1), dangling + 2);
+  EXPECT_EQ(__KepIOCharCount(sjis, dangling), 2);
+  EXPECT_STREQ(__KepIOFindFileNameStart(KEP_IO_LANGUAGE, "/a/b.c"), "b.c");
   EXPECT_STREQ(__KepIOFindExtensionStart(KEP_IO_LANGUAGE, "/a.d/b.tar.gz"), ".gz");
   EXPECT_STREQ(__KepIOFindExtensionStart(KEP_IO_LANGUAGE, "/a.d/.profile"), "");
 }
@@ -88,6 +127,8 @@ TEST(PathMatch, StarsAndQuestionMarksMatchWholeNames) {
   };
   Case const cases[] = {{"*", "", true},
                         {"*", "anything", true},
+                        {"", "", true},
+                        {"", "a", false},
                         {"*.txt", "notes.txt", true},
                         {"*.txt", "notes.txt.bak", false},
                         {"a*b*c", "aXXbYYbZc", true},
@@ -112,8 +153,11 @@ TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
   char out[KEP_IO_PATH_MAX];
   EXPECT_EQ(_KepIOPathToStorageString("/../../a/./b//c/../d/", out), 0u);
   EXPECT_STREQ(out, "/a/b/d");
+  EXPECT_EQ(_KepIOPathToStorageString("/../..", out), 0u);
+  EXPECT_STREQ(out, "/");
   EXPECT_EQ(_KepIOPathToStorageString("sub/../x", out), 0u);
   EXPECT_EQ(std::string(out), (std::filesystem::current_path() / "x").lexically_normal().string());
+  EXPECT_EQ(_KepIOPathToStorageString(nullptr, out), KEP_IO_NOT_FOUND);
 
   TempDir dir;
   std::set<std::string> names;
@@ -125,7 +169,17 @@ TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
   EXPECT_EQ(names.size(), 50u);
   EXPECT_EQ(std::string(out).rfind(dir.path() + "/tmp", 0), 0u) << out;
   EXPECT_EQ(std::strlen(out), dir.path().size() + 1 + 3 + 8 + 4);
+  EXPECT_EQ(_KepIOCreateUniqueName(dir.file("missing").c_str(), "t", nullptr, out),
+            KEP_IO_NOT_FOUND);
 
+  // Names are cut to 31 bytes keeping the extension; a renaming that would
+  // replace a file takes a "~n" name instead.
+  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "short.txt", out), 0u);
+  EXPECT_STREQ(out, "/d/short.txt");
+  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "a-very-long-file-name-for-testing.document", out), 0u);
+  EXPECT_STREQ(out, "/d/a-very-long-file-name-.document");
+  EXPECT_EQ(_KepIOPath31CreatePrim(nullptr, "x-0123456789012345678901234567890123456789", out), 0u);
+  EXPECT_EQ(std::strlen(out), 31u);
   std::string first = dir.file("report-of-the-year-two-thousand-and-four.txt");
   std::string cut = dir.file("report-of-the-year-two-thou.txt");
   ASSERT_EQ(__KepIORename31Unique(writeFile(first, "1").c_str(), out), 0u);
@@ -136,4 +190,5 @@ TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
   EXPECT_FALSE(present(first));
   EXPECT_EQ(__KepIORename31Unique(cut.c_str(), out), 0u) << "short names stay";
   EXPECT_EQ(std::string(out), cut);
+  EXPECT_EQ(__KepIORename31Unique(dir.file("gone").c_str(), out), KEP_IO_NOT_FOUND);
 }

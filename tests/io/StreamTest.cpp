@@ -49,10 +49,16 @@ TEST(StreamBase, NullHandlesAndTheDevicelessBody) {
   signed char buffer[4];
   EXPECT_EQ(none.read(buffer, 0, 4), 0);
   EXPECT_EQ(none.write(KepString("x")), 0);
+  EXPECT_TRUE(none.readLine().isNull());
+  KepStringBufferIOStream nullBuffer{static_cast<KepBridgeToObject*>(nullptr)};
+  EXPECT_TRUE(nullBuffer.isNull());
+  EXPECT_EQ(nullBuffer.size(), 0);
 
   KepIOStream plain(KepGetObject(KepClassID::IOStream, 0));
   ASSERT_FALSE(plain.isNull());
-  EXPECT_EQ(plain.read(buffer, 0, 4), -1);
+  EXPECT_EQ(std::vector<int>({plain.read(), plain.read(buffer, 0, 4), int(plain.markSupported()),
+                              int(plain.isReadable())}),
+            std::vector<int>({-1, -1, 0, 1}));
   EXPECT_EQ(plain.read(buffer, 0, 0), 0);
   EXPECT_EQ(plain.write(buffer, 0, 4), 0);
   EXPECT_EQ(plain.reset(), 0u) << "no mark without a device";
@@ -82,9 +88,13 @@ TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
   EXPECT_EQ(all.charAt(5), 0xE9) << "bytes come back widened, not sign-extended";
   EXPECT_EQ(all.charAt(6), 0xFF);
   EXPECT_EQ(bytesOf(out.toString(7, 2)), "12");
+  EXPECT_EQ(out.toString(7, -1).length(), 4);
+  EXPECT_EQ(out.toString(50, 2).length(), 0) << "a start past the end gives nothing";
+  EXPECT_EQ(static_cast<unsigned char>(out.toByteArray().asChars()[6]), 0xFFu);
   EXPECT_EQ(out.read(), 'a') << "what is written can be read back";
   out.setLength(2);
   EXPECT_EQ(bytesOf(out.toString()), "ab");
+  EXPECT_EQ(out.getReadPosition(), 1);
 
   signed char data[] = {'x', 0, 'y'};
   out.setBytes(data, 0, 3);
@@ -92,14 +102,19 @@ TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
   out.close();
   EXPECT_EQ(out.read(), -1) << "closed streams refuse reads and writes";
   EXPECT_EQ(out.write("x"), 0);
+  EXPECT_EQ(out.size(), 3) << "the content stays";
   out.setText(KepString("new"));
-  EXPECT_EQ(out.read(), 'n') << "until a new content";
+  EXPECT_EQ(out.isClosed(), 0u) << "until a new content";
+  EXPECT_EQ(out.read(), 'n');
+  out.clear();
+  EXPECT_EQ(out.isEmpty(), 1u);
 }
 
 TEST(StringBufferStream, ReadsLinesMarksSkipsAndBlocks) {
   KepStringBufferIOStream in(KepString("first\r\nsecond\nthird"));
   EXPECT_EQ(in.available(), 19);
   EXPECT_EQ(bytesOf(in.readLine()), "first");
+  EXPECT_EQ(in.markSupported(), 1u);
   in.mark(0);
   EXPECT_EQ(bytesOf(in.readLine()), "second");
   EXPECT_EQ(in.reset(), 1u);
@@ -115,6 +130,7 @@ TEST(StringBufferStream, ReadsLinesMarksSkipsAndBlocks) {
   EXPECT_EQ(in.readFully(buffer, 0, 64), -1);
   in.setReadPosition(14);
   EXPECT_EQ(bytesOf(KepString(reinterpret_cast<char const*>(in.readBytes(10).asChars()))), "third");
+  EXPECT_EQ(in.readBytes(10).asChars()[0], 0) << "nothing is left";
 
   // A block read of exactly the content is followed by the end.
   KepStringBufferIOStream block{KepString(std::string(32767, 'k').c_str())};
