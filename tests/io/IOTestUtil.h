@@ -6,6 +6,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -37,6 +38,11 @@ inline unsigned modeOf(std::string const& path) {
 inline long mtimeOf(std::string const& path) {
   struct stat info;
   return stat(path.c_str(), &info) == 0 ? long(info.st_mtime) : -1;
+}
+
+// What a path function wrote to `out`, or "error" and its code when it refused.
+inline std::string written(uint32_t rc, char const* out) {
+  return rc == 0 ? std::string(out) : "error " + std::to_string(rc);
 }
 
 // Descriptors open in this process right now.

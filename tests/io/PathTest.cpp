@@ -24,15 +24,13 @@ TEST(PathBuild, ComponentsAreJoinedWithOneSeparator) {
         Case{nullptr, "a", nullptr, "b", "a/b"}, Case{"/", "etc", nullptr, nullptr, "/etc"},
         Case{"", "x", nullptr, nullptr, "x"},  // no separator after an empty text
         Case{nullptr, nullptr, nullptr, nullptr, ""}}) {
-    EXPECT_EQ(_KepIOPathBuild(k.a, k.b, k.c, k.d, out), 0u);
-    EXPECT_STREQ(out, k.want);
+    EXPECT_EQ(written(_KepIOPathBuild(k.a, k.b, k.c, k.d, out), out), k.want);
   }
   EXPECT_EQ(_KepIOPathBuild("a", nullptr, nullptr, nullptr, nullptr), KEP_IO_NOT_FOUND);
   std::strcpy(out, "/base");
-  EXPECT_EQ(_KepIOPathModify(out, "dir", "file.txt", out), 0u) << "in place";
-  EXPECT_STREQ(out, "/base/dir/file.txt");
-  EXPECT_EQ(_KepIOPathModify(nullptr, "b", "c", out), 0u);
-  EXPECT_STREQ(out, "b/c");
+  EXPECT_EQ(written(_KepIOPathModify(out, "dir", "file.txt", out), out), "/base/dir/file.txt")
+      << "in place";
+  EXPECT_EQ(written(_KepIOPathModify(nullptr, "b", "c", out), out), "b/c");
 }
 
 TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
@@ -43,8 +41,8 @@ TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
   EXPECT_EQ(_KepIOPathBuild(base.c_str(), "abcd", nullptr, nullptr, out), KEP_IO_PATH_TOO_LONG);
   EXPECT_STREQ(out, "untouched");
   EXPECT_EQ(_KepIOPathModify(base.c_str(), "x", "y", out), KEP_IO_PATH_TOO_LONG);
-  EXPECT_EQ(_KepIOPathModify(base.c_str(), "ab", nullptr, out), 0u) << "1023 bytes fit";
-  EXPECT_EQ(std::strlen(out), 1023u);
+  EXPECT_EQ(written(_KepIOPathModify(base.c_str(), "ab", nullptr, out), out).size(), 1023u)
+      << "1023 bytes fit";
   EXPECT_EQ(_KepIOPathModify(out, "", nullptr, out), KEP_IO_PATH_TOO_LONG)
       << "even a bare separator no longer fits";
 
@@ -68,32 +66,30 @@ TEST(PathReduce, SplitsAtTheFileNameAndExtractsNames) {
   char name[KEP_IO_PATH_MAX];
   for (Case c : {Case{"/var/log/syslog", "/var/log", "syslog"}, Case{"plain", "", "plain"},
                  Case{"/top", "", "top"}, Case{"a/b/", "a/b", ""}}) {
-    EXPECT_EQ(_KepIOPathReduce(c.path, dir, name), 0u);
-    EXPECT_EQ(std::string(dir) + "|" + name, std::string(c.dir) + "|" + c.name) << c.path;
+    EXPECT_EQ(written(_KepIOPathReduce(c.path, dir, name), dir) + "|" + name,
+              std::string(c.dir) + "|" + c.name)
+        << c.path;
   }
   for (Case c : {Case{"/a/b//", "/a", "b"}, Case{"/a", "/", "a"}, Case{"//", "/", ""},
                  Case{"a//b", "a", "b"}}) {
-    EXPECT_EQ(_KepIOPathReduceExt(c.path, dir, sizeof dir, name, 8), 0u);
-    EXPECT_EQ(std::string(dir) + "|" + name, std::string(c.dir) + "|" + c.name) << c.path;
+    EXPECT_EQ(written(_KepIOPathReduceExt(c.path, dir, sizeof dir, name, 8), dir) + "|" + name,
+              std::string(c.dir) + "|" + c.name)
+        << c.path;
   }
   EXPECT_EQ(_KepIOPathReduce("/top", dir, nullptr), 0u);
   EXPECT_EQ(_KepIOPathReduce("", dir, name), KEP_IO_REDUCE_EMPTY);
   EXPECT_EQ(_KepIOPathReduce("a", nullptr, name), KEP_IO_NOT_FOUND);
   std::strcpy(dir, "x/y/z");
-  EXPECT_EQ(_KepIOPathReduce(dir, dir, name), 0u) << "in place";
-  EXPECT_EQ(std::string(dir) + "|" + name, "x/y|z");
+  EXPECT_EQ(written(_KepIOPathReduce(dir, dir, name), dir) + "|" + name, "x/y|z") << "in place";
   EXPECT_EQ(_KepIOPathReduceExt("/d/longname", dir, sizeof dir, name, 8), KEP_IO_PATH_TOO_LONG);
   EXPECT_EQ(_KepIOPathBuildExt("ab", "c", nullptr, nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
   EXPECT_EQ(_KepIOPathModifyExt("a", "b", nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
-  EXPECT_EQ(_KepIOPathBuildExt("a", "", nullptr, nullptr, name, 3), 0u);
-  EXPECT_STREQ(name, "a/");
+  EXPECT_EQ(written(_KepIOPathBuildExt("a", "", nullptr, nullptr, name, 3), name), "a/");
 
   // A record's own path wins over the path given.
   _Io_File record{-1, const_cast<char*>("/from/record.dat"), 17};
-  EXPECT_EQ(_KepIOExtractName(&record, "/ignored/path", name), 0u);
-  EXPECT_STREQ(name, "record.dat");
-  EXPECT_EQ(_KepIOExtractName(nullptr, "/some/path", name), 0u);
-  EXPECT_STREQ(name, "path");
+  EXPECT_EQ(written(_KepIOExtractName(&record, "/ignored/path", name), name), "record.dat");
+  EXPECT_EQ(written(_KepIOExtractName(nullptr, "/some/path", name), name), "path");
   EXPECT_EQ(_KepIOExtractName(nullptr, nullptr, name), KEP_IO_BAD_HANDLE);
 }
 
@@ -151,12 +147,10 @@ TEST(PathMatch, StarsAndQuestionMarksMatchWholeNames) {
 
 TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
   char out[KEP_IO_PATH_MAX];
-  EXPECT_EQ(_KepIOPathToStorageString("/../../a/./b//c/../d/", out), 0u);
-  EXPECT_STREQ(out, "/a/b/d");
-  EXPECT_EQ(_KepIOPathToStorageString("/../..", out), 0u);
-  EXPECT_STREQ(out, "/");
-  EXPECT_EQ(_KepIOPathToStorageString("sub/../x", out), 0u);
-  EXPECT_EQ(std::string(out), (std::filesystem::current_path() / "x").lexically_normal().string());
+  EXPECT_EQ(written(_KepIOPathToStorageString("/../../a/./b//c/../d/", out), out), "/a/b/d");
+  EXPECT_EQ(written(_KepIOPathToStorageString("/../..", out), out), "/");
+  EXPECT_EQ(written(_KepIOPathToStorageString("sub/../x", out), out),
+            (std::filesystem::current_path() / "x").lexically_normal().string());
   EXPECT_EQ(_KepIOPathToStorageString(nullptr, out), KEP_IO_NOT_FOUND);
 
   TempDir dir;
@@ -174,21 +168,22 @@ TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
 
   // Names are cut to 31 bytes keeping the extension; a renaming that would
   // replace a file takes a "~n" name instead.
-  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "short.txt", out), 0u);
-  EXPECT_STREQ(out, "/d/short.txt");
-  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "a-very-long-file-name-for-testing.document", out), 0u);
-  EXPECT_STREQ(out, "/d/a-very-long-file-name-.document");
-  EXPECT_EQ(_KepIOPath31CreatePrim(nullptr, "x-0123456789012345678901234567890123456789", out), 0u);
-  EXPECT_EQ(std::strlen(out), 31u);
+  EXPECT_EQ(written(_KepIOPath31CreatePrim("/d", "short.txt", out), out), "/d/short.txt");
+  EXPECT_EQ(
+      written(_KepIOPath31CreatePrim("/d", "a-very-long-file-name-for-testing.document", out), out),
+      "/d/a-very-long-file-name-.document");
+  EXPECT_EQ(
+      written(_KepIOPath31CreatePrim(nullptr, "x-0123456789012345678901234567890123456789", out),
+              out)
+          .size(),
+      31u);
   std::string first = dir.file("report-of-the-year-two-thousand-and-four.txt");
   std::string cut = dir.file("report-of-the-year-two-thou.txt");
-  ASSERT_EQ(__KepIORename31Unique(writeFile(first, "1").c_str(), out), 0u);
-  EXPECT_EQ(std::string(out), cut);
-  ASSERT_EQ(__KepIORename31Unique(writeFile(first, "2").c_str(), out), 0u);
-  EXPECT_EQ(std::string(out), dir.file("report-of-the-year-two-th~1.txt"));
+  EXPECT_EQ(written(__KepIORename31Unique(writeFile(first, "1").c_str(), out), out), cut);
+  EXPECT_EQ(written(__KepIORename31Unique(writeFile(first, "2").c_str(), out), out),
+            dir.file("report-of-the-year-two-th~1.txt"));
   EXPECT_EQ(readFile(cut) + readFile(out), "12") << "nothing was replaced";
   EXPECT_FALSE(present(first));
-  EXPECT_EQ(__KepIORename31Unique(cut.c_str(), out), 0u) << "short names stay";
-  EXPECT_EQ(std::string(out), cut);
+  EXPECT_EQ(written(__KepIORename31Unique(cut.c_str(), out), out), cut) << "short names stay";
   EXPECT_EQ(__KepIORename31Unique(dir.file("gone").c_str(), out), KEP_IO_NOT_FOUND);
 }
