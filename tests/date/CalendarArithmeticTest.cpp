@@ -134,9 +134,7 @@ TEST(CalendarRecords, MonthStepsSpansAndDivision) {
     _KepDateTime b = dateAt(gmtSecs(1601, 0, 1) + long(rng.below(25000000000ull)));
     ASSERT_EQ(_KepDateDivTime(&a, &b), minutes(a) / minutes(b)) << show(a) << " / " << show(b);
   }
-  _KepDateTime day = span(0, 0, 1);
-  _KepDateTime hour = span(0, 0, 0, 1);
-  _KepDateTime none = span(0, 0, 0, 0, 0, 59);
+  _KepDateTime day = span(0, 0, 1), hour = span(0, 0, 0, 1), none = span(0, 0, 0, 0, 0, 59);
   EXPECT_EQ(_KepDateDivTime(&day, &hour), 24);
   EXPECT_EQ(_KepDateDivTime(&d, &none), 0) << "a zero count gives 0";
   EXPECT_EQ(_KepDateDivTime(&none, &d), 0);
@@ -234,10 +232,8 @@ TEST(CalendarZones, BlocksReadBackUnsetAdjustmentsReadAsZeroAndBadHandlesAreRefu
     // last Sunday of March, the second Monday of October; the fixed form reads
     // 0x8080 as not set and gives its days in the rule form's day fields.
     uint8_t f[8];
-    int32_t adjust = 0;
-    int32_t offset = 0;
-    unsigned long value = 0;
-    unsigned long form = 9;
+    int32_t adjust = 0, offset = 0;
+    unsigned long value = 0, form = 9;
     ASSERT_EQ(_KepDateReadTZ(rule.handle, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5], &f[6], &f[7],
                              &adjust, &offset, &value, &form),
               0u);
