@@ -6,6 +6,7 @@
 #include "kep/base/KepGlobals.h"
 #include "kep/base/KepProcess.h"
 #include "kep/base/KepString.h"
+#include "kep/base/_KepBodyArena.h"
 #include "kep/base/_KepBodyCount.h"
 #include "kep/io/KepIOStream.h"
 #include "kep/multi/_KepSemaphore.h"
@@ -14,6 +15,9 @@
 #include "kep/xml/KepDOMElement.h"
 
 #include <new>
+
+// The placement byte lives in the padding behind the marker word.
+static_assert(sizeof(KepRObject) == 48, "KepRObject has no room to spare");
 
 namespace {
 
@@ -137,6 +141,7 @@ void KepRObject::operator delete(void* p, std::size_t size) noexcept {
 
 KepRObject::KepRObject()
     : KepBridgeToObject(kKepBodyMagic),
+      placement(0),
       refCount(0),
       ownerOrLock(_KepThrdSelf()),
       flags(kFlagPublish),
@@ -172,7 +177,16 @@ void KepRObject::releaseWithOuter() const {
     outer->freeBridge();
     return;
   }
-  if (refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) delete self;
+  if (refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy(self);
+}
+
+void KepRObject::destroy(KepRObject const* body) noexcept {
+  auto* self = const_cast<KepRObject*>(body);
+  if (self->placement == kPlacedInArena) {
+    _KepBodyArena::destroy(self);
+  } else {
+    delete self;
+  }
 }
 
 KepObject* KepRObject::newBridge() { return new KepObject(this); }

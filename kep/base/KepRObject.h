@@ -86,6 +86,18 @@ class KEP_API KepRObject : public KepBridgeToObject {
   // The body's semaphore, made under the process semaphore when it is missing.
   _KepSemaphore* ensureSemaphore();
 
+ private:
+  friend class _KepBodyArena;
+  static constexpr uint8_t kPlacedInArena = 1;
+  // Frees a body whose last reference went: every path that frees a body
+  // comes here. A body placed by a _KepBodyArena gives its memory back to its
+  // chunk; any other is deleted.
+  static void destroy(KepRObject const* body) noexcept;
+  // kPlacedInArena for a body that a _KepBodyArena placed in one of its chunks.
+  // It fills the padding behind the marker word.
+  uint8_t placement;
+
+ protected:
   // References held on the body.
   mutable std::atomic<int64_t> refCount;
   // The creating thread's id until the semaphore exists, then the semaphore.

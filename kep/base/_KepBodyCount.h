@@ -28,8 +28,9 @@ struct _KepBodyCount {
     }
   }
 
-  // Drops one reference and deletes the body with the last one. A body with a
-  // registered outer object takes the outer object's rules (out of line).
+  // Drops one reference and frees the body with the last one (see
+  // KepRObject::destroy). A body with a registered outer object takes the outer
+  // object's rules (out of line).
   static void release(KepRObject const* body) {
     if (body->realOuterObj.load(std::memory_order_acquire) != nullptr) {
       body->releaseWithOuter();
@@ -46,7 +47,7 @@ struct _KepBodyCount {
         before = count.fetch_sub(1, std::memory_order_acq_rel);
       }
     }
-    if (before == 1) delete body;
+    if (before == 1) KepRObject::destroy(body);
   }
 };
 

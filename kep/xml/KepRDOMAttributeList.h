@@ -20,6 +20,9 @@ class KEP_API KepRDOMAttributeList : public KepRDOMNamedNodeMap {
 
  public:
   KepRDOMAttributeList() noexcept = default;
+  // A map whose array starts in `room` (see KepRDOMNamedNodeMap).
+  KepRDOMAttributeList(KepRDOMNode** room, int roomSize) noexcept
+      : KepRDOMNamedNodeMap(room, roomSize) {}
 
   KEP_METHODS_DOMAttributeList(KEP_DECLARE_METHOD)
 

@@ -86,9 +86,10 @@ _KepDOMValue dateValue(KepDate const& date) {
 }  // namespace
 
 KepRDOMElement::KepRDOMElement() noexcept
-    : attributes(nullptr), dataType(0), preserveSpace(false), value() {}
+    : attributes(nullptr), dataType(0), preserveSpace(false), value(nullptr) {}
 
 KepRDOMElement::~KepRDOMElement() {
+  delete value;
   if (attributes != nullptr) {
     attributes->ownerGone();
     attributes->release();
@@ -108,7 +109,8 @@ KepString KepRDOMElement::getTagName() const { return getNodeName(); }
 int KepRDOMElement::getLocalNameID() const { return localID; }
 
 void KepRDOMElement::childrenChanged() {
-  if (!value.isClear()) value.clear();
+  delete value;
+  value = nullptr;
 }
 
 void KepRDOMElement::adoptOne(_KepDOMDocAnchor* anchor) {
@@ -122,7 +124,7 @@ void KepRDOMElement::copyInto(KepRDOMNode& copy) const {
   KepRDOMElement* target = copy.asElement();
   if (target == nullptr) return;
   target->dataType = dataType;
-  target->value = value;
+  if (value != nullptr) target->cache(*value);
   target->preserveSpace = preserveSpace;
   if (attributes == nullptr) return;
   for (int i = 0; i < attributes->size(); ++i) {
@@ -135,12 +137,14 @@ void KepRDOMElement::copyInto(KepRDOMNode& copy) const {
 // --- Attributes ----------------------------------------------------------------
 
 KepRDOMAttributeList* KepRDOMElement::attributeList() {
-  if (attributes == nullptr) {
-    attributes = new KepRDOMAttributeList();
-    attributes->addRef();
-    attributes->setOwner(this);
-  }
+  if (attributes == nullptr) adoptAttributeList(new KepRDOMAttributeList());
   return attributes;
+}
+
+void KepRDOMElement::adoptAttributeList(KepRDOMAttributeList* list) {
+  list->addRef();
+  list->setOwner(this);
+  attributes = list;
 }
 
 KepRDOMAttribute* KepRDOMElement::findAttribute(int tag) const {
@@ -378,6 +382,14 @@ KepRDOMElement* KepRDOMElement::appendNewElement(int tag) {
   return insertNode(element, nullptr) != nullptr ? element : nullptr;
 }
 
+void KepRDOMElement::cache(_KepDOMValue const& cached) {
+  if (value != nullptr) {
+    *value = cached;
+  } else {
+    value = new _KepDOMValue(cached);
+  }
+}
+
 void KepRDOMElement::storeValue(_KepDOMValue const& stored, int type) {
   KepString text = stored.holdsObject() ? KepString() : stored.text();
   bool wantText = !text.isNull() && text.length() > 0;
@@ -396,7 +408,7 @@ void KepRDOMElement::storeValue(_KepDOMValue const& stored, int type) {
     }
   }
   // The cache goes in last: changing the children dropped the old one.
-  value = stored;
+  cache(stored);
   dataType = type;
   noteChange(kValueChanged, this);
 }
@@ -577,7 +589,10 @@ KepString KepRDOMElement::childText() const {
   return joined.toString();
 }
 
-KepString KepRDOMElement::getString() const { return value.empty() ? childText() : value.text(); }
+KepString KepRDOMElement::getString() const {
+  _KepDOMValue const& v = cachedValue();
+  return v.empty() ? childText() : v.text();
+}
 
 KepString KepRDOMElement::getString(KepString const& name) const {
   return getString(knownTagOf(name));
@@ -589,7 +604,8 @@ KepString KepRDOMElement::getString(int tag) const {
 }
 
 long KepRDOMElement::getLong() const {
-  return value.empty() ? _KepDOMValue::parseLong(childText()) : value.toLong();
+  _KepDOMValue const& v = cachedValue();
+  return v.empty() ? _KepDOMValue::parseLong(childText()) : v.toLong();
 }
 
 int KepRDOMElement::getInteger() const {
@@ -597,17 +613,19 @@ int KepRDOMElement::getInteger() const {
 }
 
 unsigned long KepRDOMElement::getBool() const {
-  return value.empty() ? _KepDOMValue::parseBool(childText()) : value.toBool();
+  _KepDOMValue const& v = cachedValue();
+  return v.empty() ? _KepDOMValue::parseBool(childText()) : v.toBool();
 }
 
 long double KepRDOMElement::getDouble() const {
-  return value.empty() ? _KepDOMValue::parseLongDouble(childText()) : value.toLongDouble();
+  _KepDOMValue const& v = cachedValue();
+  return v.empty() ? _KepDOMValue::parseLongDouble(childText()) : v.toLongDouble();
 }
 
 float KepRDOMElement::getFloat() const { return static_cast<float>(getDouble()); }
 
 bool KepRDOMElement::dateSeconds(uint32_t& seconds) const {
-  switch (value.kind()) {
+  switch (cachedValue().kind()) {
     case _KepDOMValue::kNone:
     case _KepDOMValue::kText:
     case _KepDOMValue::kObject:
@@ -627,12 +645,14 @@ KepDate KepRDOMElement::getDate() const {
 }
 
 KepObject KepRDOMElement::getKepObject() const {
-  return value.holdsObject() ? value.object() : KepObject();
+  _KepDOMValue const& v = cachedValue();
+  return v.holdsObject() ? v.object() : KepObject();
 }
 
 KepObject KepRDOMElement::toKepObject() {
-  if (value.holdsObject()) return value.object();
-  if (value.empty() && getFirstChild(KepDOMNode::TEXT_NODE).isNull()) return KepObject();
-  value = _KepDOMValue::ofObject(getString(), _KepDOMValue::kObjectText);
-  return value.object();
+  _KepDOMValue const& v = cachedValue();
+  if (v.holdsObject()) return v.object();
+  if (v.empty() && getFirstChild(KepDOMNode::TEXT_NODE).isNull()) return KepObject();
+  cache(_KepDOMValue::ofObject(getString(), _KepDOMValue::kObjectText));
+  return value->object();
 }

@@ -14,8 +14,9 @@ class KepRDOMNodeList;
 
 // An element holds, besides its children, its attribute map (made on first
 // use, counted), its data type code and its value cached in native form
-// (_KepDOMValue). The cache is dropped whenever the children change; the value
-// setters write the text child first and the cache after it.
+// (_KepDOMValue, made when a value is first cached: most elements never have
+// one). The cache is dropped whenever the children change; the value setters
+// write the text child first and the cache after it.
 //
 // Thread safety: see KepDOMNode.
 class KEP_API KepRDOMElement : public KepRDOMParentNode {
@@ -69,6 +70,9 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
 
   // The attribute map, made on first use; or null when none was made yet.
   KepRDOMAttributeList* attributeList();
+  // Makes `list` (new, empty, not counted yet) the attribute map of this
+  // element, which has none yet.
+  void adoptAttributeList(KepRDOMAttributeList* list);
   KepRDOMAttributeList* existingAttributes() const noexcept { return attributes; }
   // The attribute named `tag`, or of that URI and local name; null when none.
   KepRDOMAttribute* findAttribute(int tag) const;
@@ -80,7 +84,10 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   // Makes `value` this element's content and cached value, with data type
   // `type`.
   void storeValue(_KepDOMValue const& value, int type);
-  _KepDOMValue const& cachedValue() const noexcept { return value; }
+  // The cached value; an empty one when nothing is cached.
+  _KepDOMValue const& cachedValue() const noexcept {
+    return value != nullptr ? *value : _KepDOMValue::none();
+  }
   bool preservesSpace() const noexcept { return preserveSpace; }
   // The value as GMT seconds since 1970, when it is numeric (a cached number or
   // date, or text that starts like a number); false otherwise.
@@ -94,11 +101,14 @@ class KEP_API KepRDOMElement : public KepRDOMParentNode {
   KepDOMElement store(int tag, int occurrence, _KepDOMValue const& value, int type);
   // The text of the text children, joined.
   KepString childText() const;
+  // Makes `cached` the cached value.
+  void cache(_KepDOMValue const& cached);
 
   KepRDOMAttributeList* attributes;
   int32_t dataType;
   bool preserveSpace;
-  _KepDOMValue value;
+  // The cached value, or null.
+  _KepDOMValue* value;
 };
 
 #endif  // KEP_XML_KEPRDOMELEMENT_H

@@ -1,11 +1,36 @@
 #include "kep/xml/KepRDOMNamedNodeMap.h"
 
+#include <algorithm>
+
 #include "kep/base/KepFactory.h"
 #include "kep/xml/KepRDOMNode.h"
 
 KEP_REGISTER_LIBRARY_CLASS(DOMNamedNodeMap);
 
 KepRDOMNamedNodeMap::KepRDOMNamedNodeMap() noexcept : owner(nullptr) {}
+
+KepRDOMNamedNodeMap::KepRDOMNamedNodeMap(KepRDOMNode** room, int roomSize) noexcept
+    : nodes(room, roomSize), owner(nullptr) {}
+
+KepRDOMNamedNodeMap::Nodes::~Nodes() {
+  if (owned) delete[] data;
+}
+
+void KepRDOMNamedNodeMap::Nodes::erase(std::size_t index) noexcept {
+  std::copy(data + index + 1, data + count, data + index);
+  --count;
+}
+
+void KepRDOMNamedNodeMap::Nodes::grow(std::size_t total) {
+  std::size_t more = std::max<std::size_t>(total, std::size_t{capacity} * 2);
+  if (more < 4) more = 4;
+  auto* bigger = new KepRDOMNode*[more];
+  std::copy(data, data + count, bigger);
+  if (owned) delete[] data;
+  data = bigger;
+  capacity = static_cast<uint32_t>(more);
+  owned = true;
+}
 
 KepRDOMNamedNodeMap::~KepRDOMNamedNodeMap() {
   for (KepRDOMNode* node : nodes) node->release();
@@ -85,7 +110,7 @@ KepDOMNode KepRDOMNamedNodeMap::put(KepRDOMNode* node, bool byNS, bool& refused)
   KepDOMNode replaced;
   node->addRef();
   if (present >= 0) {
-    nodes.erase(nodes.begin() + present);
+    nodes.erase(static_cast<std::size_t>(present));
     node->release();
     if (same > present) --same;
   }
@@ -112,7 +137,7 @@ KepDOMNode KepRDOMNamedNodeMap::takeAt(int index) {
   KepRDOMNode* node = at(index);
   if (node == nullptr) return KepDOMNode();
   KepDOMNode taken = _KepDOMHandle<KepDOMNode>(node);
-  nodes.erase(nodes.begin() + index);
+  nodes.erase(static_cast<std::size_t>(index));
   detached(*node);
   node->release();
   return taken;

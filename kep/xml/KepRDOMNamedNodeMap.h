@@ -2,7 +2,8 @@
 #ifndef KEP_XML_KEPRDOMNAMEDNODEMAP_H
 #define KEP_XML_KEPRDOMNAMEDNODEMAP_H
 
-#include <vector>
+#include <cstddef>
+#include <cstdint>
 
 #include "kep/base/KepRObject.h"
 #include "kep/xml/KepDOMNamedNodeMap.h"
@@ -10,7 +11,10 @@
 class KepRDOMNode;
 
 // The nodes in the order they were added, each counted; lookups walk the
-// array comparing tags (maps are small: an element's attributes). The owner is
+// array comparing tags (maps are small: an element's attributes). The array
+// may start in room that its maker placed right behind the map (the parser
+// sizes an element's map for its attributes that way); it moves to the heap
+// when it needs more. The owner is
 // not counted; it clears itself with ownerGone() before it dies. Derived maps
 // decide which nodes they take and what joining and leaving the map does to a
 // node (accepts, attached, detached).
@@ -22,6 +26,9 @@ class KEP_API KepRDOMNamedNodeMap : public KepRObject {
 
  public:
   KepRDOMNamedNodeMap() noexcept;
+  // A map whose array starts in `room`, `roomSize` slots that the caller keeps
+  // as long as the map lives.
+  KepRDOMNamedNodeMap(KepRDOMNode** room, int roomSize) noexcept;
   ~KepRDOMNamedNodeMap() override;
 
   KEP_METHODS_DOMNamedNodeMap(KEP_DECLARE_METHOD)
@@ -53,6 +60,41 @@ class KEP_API KepRDOMNamedNodeMap : public KepRObject {
   void appendChecked(KepRDOMNode* node);
   // Makes room for `more` nodes.
   void reserve(int more) { nodes.reserve(nodes.size() + static_cast<std::size_t>(more)); }
+
+  // The map's array of nodes.
+  class Nodes {
+   public:
+    Nodes() noexcept = default;
+    Nodes(KepRDOMNode** room, int roomSize) noexcept
+        : data(room), capacity(roomSize > 0 ? static_cast<uint32_t>(roomSize) : 0) {}
+    ~Nodes();
+    Nodes(Nodes const&) = delete;
+    Nodes& operator=(Nodes const&) = delete;
+
+    std::size_t size() const noexcept { return count; }
+    KepRDOMNode*& operator[](std::size_t i) noexcept { return data[i]; }
+    KepRDOMNode* operator[](std::size_t i) const noexcept { return data[i]; }
+    KepRDOMNode* const* begin() const noexcept { return data; }
+    KepRDOMNode* const* end() const noexcept { return data + count; }
+    void push_back(KepRDOMNode* node) {
+      if (count == capacity) grow(std::size_t{count} + 1);
+      data[count++] = node;
+    }
+    // Removes the node at `index` (< size()).
+    void erase(std::size_t index) noexcept;
+    void reserve(std::size_t total) {
+      if (total > capacity) grow(total);
+    }
+
+   private:
+    void grow(std::size_t total);
+
+    KepRDOMNode** data = nullptr;
+    uint32_t count = 0;
+    uint32_t capacity = 0;
+    // Whether `data` is a heap block of this array (not the maker's room).
+    bool owned = false;
+  };
   // Removes the node at `index`; a handle on it, null when out of range.
   KepDOMNode takeAt(int index);
 
@@ -69,7 +111,7 @@ class KEP_API KepRDOMNamedNodeMap : public KepRObject {
   static bool namespaceTags(KepString const& uri, KepString const& localName, int& uriTag,
                             int& localTag);
 
-  std::vector<KepRDOMNode*> nodes;
+  Nodes nodes;
   KepRDOMNode* owner;
 };
 

@@ -1,6 +1,8 @@
 #include "kep/xml/KepRDOMNode.h"
 
 #include <atomic>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -22,13 +24,27 @@
 
 KEP_REGISTER_LIBRARY_CLASS(DOMNode);
 
+namespace {
+
 // The change log of a node that captures (or captured) changes.
-struct _KepDOMCapture {
+struct Capture {
   bool on = false;
   KepDOMElement log;
 };
 
-namespace {
+// The change logs, by node: few nodes ever capture, so the nodes keep only a
+// flag (kHasCapture) instead of a pointer each. Logs are never released while
+// the lock is held: releasing a log frees its nodes, which may look here
+// themselves.
+struct CaptureTable {
+  std::mutex guard;
+  std::unordered_map<KepRDOMNode const*, Capture> logs;
+};
+
+CaptureTable& captures() {
+  static CaptureTable* const table = new CaptureTable();
+  return *table;
+}
 
 // Nodes of the process that capture changes right now; while 0 no change is
 // looked at.
@@ -94,13 +110,21 @@ KepRDOMNode::KepRDOMNode() noexcept
       prefixID(0),
       localID(0),
       uriID(0),
-      nodeFlags(0),
-      capture(nullptr) {}
+      nodeFlags(0) {}
 
 KepRDOMNode::~KepRDOMNode() {
-  if (capture != nullptr) {
-    if (capture->on) gCapturing.fetch_sub(1, std::memory_order_relaxed);
-    delete capture;
+  if ((nodeFlags & kHasCapture) != 0) {
+    Capture gone;
+    {
+      CaptureTable& table = captures();
+      std::lock_guard<std::mutex> hold(table.guard);
+      auto it = table.logs.find(this);
+      if (it != table.logs.end()) {
+        gone = std::move(it->second);
+        table.logs.erase(it);
+      }
+    }
+    if (gone.on) gCapturing.fetch_sub(1, std::memory_order_relaxed);
   }
   if (owner != nullptr) owner->release();
 }
@@ -426,7 +450,7 @@ KepObject KepRDOMNode::shallowCopy() const {
 
 void KepRDOMNode::copyInto(KepRDOMNode& copy) const {
   copy.setNames(nodeID, prefixID, localID, uriID);
-  copy.nodeFlags = nodeFlags;
+  copy.nodeFlags = nodeFlags & kPersistent;
   copy.setService(getService());
   copy.adoptOne(owner);
 }
@@ -486,36 +510,70 @@ KepXPointer KepRDOMNode::getXPointer(KepDOMElement const& from) const {
 // --- Change capture ------------------------------------------------------------------
 
 void KepRDOMNode::captureChangesON() {
-  if (capture == nullptr) capture = new _KepDOMCapture();
-  if (!capture->on) gCapturing.fetch_add(1, std::memory_order_relaxed);
-  capture->on = true;
-  auto* log = new KepRDOMElement();
-  log->setNames(KepNameToTag("Changes"), 0, 0, 0);
-  capture->log = KepDOMElement(static_cast<KepBridgeToObject*>(log));
+  auto* fresh = new KepRDOMElement();
+  fresh->setNames(KepNameToTag("Changes"), 0, 0, 0);
+  KepDOMElement log(static_cast<KepBridgeToObject*>(fresh));
+  CaptureTable& table = captures();
+  // The old log (if any) is released after the lock.
+  KepDOMElement old;
+  {
+    std::lock_guard<std::mutex> hold(table.guard);
+    Capture& c = table.logs[this];
+    if (!c.on) gCapturing.fetch_add(1, std::memory_order_relaxed);
+    c.on = true;
+    old = c.log;
+    c.log = log;
+  }
+  nodeFlags |= kHasCapture;
 }
 
+namespace {
+
+// The log of `node` (a null element when it has none), and whether it is on.
+KepDOMElement captureOf(KepRDOMNode const* node, bool& on) {
+  CaptureTable& table = captures();
+  std::lock_guard<std::mutex> hold(table.guard);
+  auto it = table.logs.find(node);
+  on = it != table.logs.end() && it->second.on;
+  return it != table.logs.end() ? it->second.log : KepDOMElement();
+}
+
+}  // namespace
+
 void KepRDOMNode::captureChangesOFF() {
-  if (capture == nullptr || !capture->on) return;
-  capture->on = false;
+  if ((nodeFlags & kHasCapture) == 0) return;
+  CaptureTable& table = captures();
+  std::lock_guard<std::mutex> hold(table.guard);
+  auto it = table.logs.find(this);
+  if (it == table.logs.end() || !it->second.on) return;
+  it->second.on = false;
   gCapturing.fetch_sub(1, std::memory_order_relaxed);
 }
 
 KepDOMElement KepRDOMNode::getChanges() const {
-  return capture != nullptr ? capture->log : KepDOMElement();
+  if ((nodeFlags & kHasCapture) == 0) return KepDOMElement();
+  bool on = false;
+  return captureOf(this, on);
 }
 
 unsigned long KepRDOMNode::capturingChanges() const {
-  return capture != nullptr && capture->on ? 1 : 0;
+  if ((nodeFlags & kHasCapture) == 0) return 0;
+  bool on = false;
+  captureOf(this, on);
+  return on ? 1 : 0;
 }
 
 void KepRDOMNode::noteChange(ChangeKind kind, KepRDOMNode const* involved) const {
   if (gCapturing.load(std::memory_order_relaxed) == 0 || tRecording) return;
   tRecording = true;
   for (KepRDOMNode const* n = this; n != nullptr; n = n->parent) {
-    if (n->capture == nullptr || !n->capture->on) continue;
+    if ((n->nodeFlags & kHasCapture) == 0) continue;
+    bool on = false;
+    KepDOMElement log = captureOf(n, on);
+    if (!on) continue;
     bool found = false;
     KepString path = pathFrom(n, found);
-    KepDOMElement record = n->capture->log.set(KepString(changeName(kind)));
+    KepDOMElement record = log.set(KepString(changeName(kind)));
     record.set(KepString("Path"), path);
     record.set(KepString("Node"), involved != nullptr ? involved->getNodeName() : KepString());
   }

@@ -11,7 +11,6 @@ class KepRDOMParentNode;
 class KepRDOMElement;
 class KepXMLParser;
 struct _KepDOMDocAnchor;
-struct _KepDOMCapture;
 
 // A node body holds the links of the tree and the four name tags. The parent
 // link, the sibling links and the owner-document link are not counted: the
@@ -87,6 +86,10 @@ class KEP_API KepRDOMNode : public KepRObject {
   virtual void adoptOne(_KepDOMDocAnchor* anchor);
   // Moves the node and its whole subtree to the document of `anchor`.
   void adoptSubtree(_KepDOMDocAnchor* anchor);
+  // Puts a new node, which has no owner and nothing that moves with it yet, in
+  // the document of `anchor`, with a reference on `anchor` that the caller
+  // took for it.
+  void takeOwner(_KepDOMDocAnchor* anchor) noexcept { owner = anchor; }
 
   // Whether this node is `node` or one of its ancestors.
   bool isAncestorOf(KepRDOMNode const* node) const noexcept;
@@ -152,6 +155,9 @@ class KEP_API KepRDOMNode : public KepRObject {
   void nameChanged();
 
   static constexpr uint32_t kPersistent = 1;
+  // The node has a change log (made by captureChangesON; the logs are kept
+  // apart from the nodes, which seldom have one).
+  static constexpr uint32_t kHasCapture = 2;
 
   KepRDOMNode* parent;
   KepRDOMNode* previous;
@@ -162,8 +168,6 @@ class KEP_API KepRDOMNode : public KepRObject {
   int32_t localID;
   int32_t uriID;
   uint32_t nodeFlags;
-  // The change log, made by the first captureChangesON().
-  _KepDOMCapture* capture;
 };
 
 // A handle of class H on `body`: on its outer object when one is registered,

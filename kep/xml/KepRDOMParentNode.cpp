@@ -8,19 +8,39 @@ KepRDOMParentNode::KepRDOMParentNode() noexcept
     : firstChild(nullptr), lastChild(nullptr), childCount(0), stamp(0) {}
 
 KepRDOMParentNode::~KepRDOMParentNode() {
-  // The children are released from a work list instead of by recursion: a child
-  // that this release is going to free gives its own children to the list
-  // first, so no destructor below finds children of its own.
-  if (firstChild == nullptr) return;
-  std::vector<KepRDOMNode*> pending;
-  detachAll(pending);
-  while (!pending.empty()) {
-    KepRDOMNode* node = pending.back();
-    pending.pop_back();
-    if (node->getRefCount() == 1) {
-      KepRDOMParentNode* nodeAsParent = node->asParent();
-      if (nodeAsParent != nullptr) nodeAsParent->detachAll(pending);
+  // The children are released without recursion. The nodes still to release
+  // form one list through their sibling links; a node that its release is going
+  // to free (nobody else holds it) first hands its children to the front of the
+  // list, followed by itself again, now without children. So every node goes
+  // after its subtree, the parent link of a node waiting in the list stays
+  // valid, and the walk goes forward through the nodes in document order, the
+  // order in which a parsed tree lies in memory.
+  KepRDOMNode* list = firstChild;
+  if (list == nullptr) return;
+  firstChild = nullptr;
+  lastChild = nullptr;
+  childCount = 0;
+  ++stamp;
+  while (list != nullptr) {
+    KepRDOMNode* node = list;
+    list = node->next;
+    KepRDOMParentNode* dying = node->getRefCount() == 1 ? node->asParent() : nullptr;
+    if (dying != nullptr && dying->firstChild != nullptr) {
+      dying->lastChild->next = node;
+      node->previous = nullptr;
+      node->next = list;
+      list = dying->firstChild;
+      dying->firstChild = nullptr;
+      dying->lastChild = nullptr;
+      dying->childCount = 0;
+      ++dying->stamp;
+      continue;
     }
+    // The node leaves the tree; the next one no longer has it before it.
+    node->parent = nullptr;
+    node->previous = nullptr;
+    node->next = nullptr;
+    if (list != nullptr) list->previous = nullptr;
     node->release();
   }
 }
@@ -66,22 +86,6 @@ void KepRDOMParentNode::unlink(KepRDOMNode* child) noexcept {
   child->previous = nullptr;
   child->next = nullptr;
   --childCount;
-  ++stamp;
-}
-
-void KepRDOMParentNode::detachAll(std::vector<KepRDOMNode*>& out) noexcept {
-  KepRDOMNode* child = firstChild;
-  while (child != nullptr) {
-    KepRDOMNode* following = child->next;
-    child->parent = nullptr;
-    child->previous = nullptr;
-    child->next = nullptr;
-    out.push_back(child);
-    child = following;
-  }
-  firstChild = nullptr;
-  lastChild = nullptr;
-  childCount = 0;
   ++stamp;
 }
 

@@ -3,7 +3,6 @@
 #define KEP_XML_KEPRDOMPARENTNODE_H
 
 #include <cstdint>
-#include <vector>
 
 #include "kep/xml/KepDOMParentNode.h"
 #include "kep/xml/KepRDOMChildNode.h"
@@ -15,8 +14,8 @@
 // its own). A change stamp grows with every change of the child list (and with
 // every renaming of a child), which lets live node lists keep their place.
 //
-// Destroying a parent frees its subtree without recursion: the children of a
-// child that is about to be freed are taken over first.
+// Destroying a parent frees its subtree without recursion, in document order:
+// the children of a child that is about to be freed are taken over first.
 //
 // Thread safety: see KepDOMNode.
 class KEP_API KepRDOMParentNode : public KepRDOMChildNode {
@@ -79,8 +78,6 @@ class KEP_API KepRDOMParentNode : public KepRDOMChildNode {
   void moveIn(KepRDOMNode* child, KepRDOMNode* ref);
   // Moves the children of a checked fragment in front of `ref`.
   void moveFragmentIn(KepRDOMParentNode* fragment, KepRDOMNode* ref);
-  // Unlinks every child into `out`, references included, without notes.
-  void detachAll(std::vector<KepRDOMNode*>& out) noexcept;
 
   KepRDOMNode* firstChild;
   KepRDOMNode* lastChild;

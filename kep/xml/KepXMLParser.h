@@ -69,8 +69,16 @@ class KepIOStream;
 //
 // Hostile input: entity references defined in a document's DTD are not expanded
 // in element content, external entities are never loaded, the tokenizer's
-// protection against entity expansion in attribute values stays on, and nesting
-// of any depth is handled without recursion.
+// protection against entity expansion in attribute values stays on, nesting
+// of any depth is handled without recursion, and namespace declarations cost
+// the same however many are in scope.
+//
+// Memory: the nodes and short strings of a document (past its first few KiB)
+// are placed in chunks of up to 32 KiB rather than one heap block each (see
+// _KepBodyArena). They are ordinary counted bodies; a chunk goes when the last
+// body in it goes, so a node kept from a freed document keeps its chunk. The
+// chunks of freed documents are kept for the next parses, up to as many as the
+// recent parses needed.
 //
 // Thread safety: one parser may serve several threads; each buildObjects call
 // keeps its state to itself. The mode setters take the parser's lock.

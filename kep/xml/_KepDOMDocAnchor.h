@@ -21,9 +21,9 @@ struct KEP_API _KepDOMDocAnchor {
   _KepDOMDocAnchor(_KepDOMDocAnchor const&) = delete;
   _KepDOMDocAnchor& operator=(_KepDOMDocAnchor const&) = delete;
 
-  void addRef() noexcept { refs.fetch_add(1, std::memory_order_relaxed); }
-  void release() noexcept {
-    if (refs.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+  void addRef(int64_t n = 1) noexcept { refs.fetch_add(n, std::memory_order_relaxed); }
+  void release(int64_t n = 1) noexcept {
+    if (refs.fetch_sub(n, std::memory_order_acq_rel) == n) delete this;
   }
   // The document, or null once it has been freed.
   KepRDOMDocument* get() const noexcept { return document.load(std::memory_order_acquire); }

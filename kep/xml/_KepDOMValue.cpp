@@ -46,6 +46,11 @@ bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 _KepDOMValue::_KepDOMValue() noexcept : k(kNone), narrow(false), u{} {}
 
+_KepDOMValue const& _KepDOMValue::none() noexcept {
+  static _KepDOMValue const empty;
+  return empty;
+}
+
 long double _KepDOMValue::longDouble() const noexcept {
   long double value;
   std::memcpy(&value, u.ld, sizeof value);

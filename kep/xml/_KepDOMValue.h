@@ -48,6 +48,9 @@ class KEP_API _KepDOMValue {
   static _KepDOMValue ofLong(long value);
   static _KepDOMValue ofLongDouble(long double value);
 
+  // An empty value, for holders that have none.
+  static _KepDOMValue const& none() noexcept;
+
   Kind kind() const noexcept { return k; }
   bool empty() const noexcept { return k == kNone; }
   bool holdsObject() const noexcept { return k == kObject || k == kObjectText; }

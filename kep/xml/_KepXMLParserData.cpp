@@ -2,6 +2,7 @@
 
 #include <expat.h>
 
+#include <chrono>
 #include <cstring>
 #include <new>
 
@@ -15,6 +16,7 @@
 #include "kep/xml/KepRDOMElement.h"
 #include "kep/xml/KepRDOMText.h"
 #include "kep/xml/KepRXMLParser.h"
+#include "kep/xml/_KepDOMDocAnchor.h"
 
 namespace {
 
@@ -28,17 +30,52 @@ KepString widened(char const* bytes, size_t n) {
 
 KepString widened(char const* text) { return widened(text, std::strlen(text)); }
 
-// A hash of `n` bytes, eight at a time.
-uint64_t hashBytes(char const* p, size_t n) {
-  uint64_t h = 0x9e3779b97f4a7c15ull ^ n;
-  for (; n >= 8; p += 8, n -= 8) {
-    uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    h = (h ^ word) * 0xff51afd7ed558ccdull;
+uint64_t load64(char const* p) {
+  uint64_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+uint32_t load32(char const* p) {
+  uint32_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+// The first and the last bytes of `n` bytes as one word each (overlapping, or
+// the same bytes, for short runs): every byte is in one of them.
+void edges(char const* p, size_t n, uint64_t& head, uint64_t& tail) {
+  if (n >= 8) {
+    head = load64(p);
+    tail = load64(p + n - 8);
+  } else if (n >= 4) {
+    head = load32(p);
+    tail = load32(p + n - 4);
+  } else if (n > 0) {
+    head = static_cast<unsigned char>(p[0]) |
+           static_cast<uint64_t>(static_cast<unsigned char>(p[n / 2])) << 8;
+    tail = static_cast<unsigned char>(p[n - 1]);
+  } else {
+    head = 0;
+    tail = 0;
+  }
+}
+
+// A hash of `n` bytes, eight at a time, from `seed`.
+uint64_t hashBytes(char const* p, size_t n, uint64_t seed) {
+  uint64_t h = seed ^ n;
+  uint64_t head;
+  uint64_t tail;
+  edges(p, n, head, tail);
+  if (n <= 8) {
+    h = (h ^ head) * 0xff51afd7ed558ccdull;
     h ^= h >> 32;
   }
-  uint64_t tail = 0;
-  std::memcpy(&tail, p, n);
+  // The words before the last eight bytes; those are the tail.
+  for (; n > 8; p += 8, n -= 8) {
+    h = (h ^ load64(p)) * 0xff51afd7ed558ccdull;
+    h ^= h >> 32;
+  }
   h = (h ^ tail) * 0xc4ceb9fe1a85ec53ull;
   return h ^ (h >> 29);
 }
@@ -54,6 +91,14 @@ int dataTypeNamed(char const* name) {
   }
   return 0;
 }
+
+// A string body in the parse's arena: a plain string whose units follow the
+// body in the same block, as in the heap's.
+class PlacedString final : public KepRString {
+ public:
+  explicit PlacedString(int n) noexcept : KepRString(n) {}
+};
+static_assert(sizeof(PlacedString) == sizeof(KepRString), "the units follow the body");
 
 _KepXMLParserData* dataOf(void* user) { return static_cast<_KepXMLParserData*>(user); }
 
@@ -128,17 +173,24 @@ _KepXMLParserData::_KepXMLParserData(KepRDOMDocument* doc, KepXPointer const& xp
                                      KepXMLParser const& parser)
     : anchor(doc->anchor()), parserHandle(parser), mode(parserMode), handler(eventHandler) {
   doc->addRef();
-  parents.push_back(doc);
+  parents.push_back(Open{doc, false});
   if (KepRString const* s = KepRString::of(xpointer)) {
     target.assign(s->units(), s->units() + s->unitCount());
   }
+  // The hashes of the name table and the text cache are keyed for each parse,
+  // so that a document cannot be made to collide its names on purpose.
+  uint64_t where = reinterpret_cast<uintptr_t>(this);
+  uint64_t when =
+      static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+  seed = hashBytes(reinterpret_cast<char const*>(&where), sizeof where, when);
   // The prefix "xml" is bound without a declaration.
-  bindings.push_back(Binding{"xml", kXmlNamespace});
+  pushBinding("xml", kXmlNamespace);
   slots.resize(256);
 }
 
 _KepXMLParserData::~_KepXMLParserData() {
-  for (KepRDOMParentNode* parent : parents) parent->release();
+  if (anchorRefs > 0) anchor->release(anchorRefs);
+  for (Open const& open : parents) open.node->release();
   for (ShortSlot& slot : shortTexts) {
     if (slot.text != nullptr) slot.text->release();
   }
@@ -168,13 +220,46 @@ void _KepXMLParserData::stop() {
 
 // --- Names -----------------------------------------------------------------------
 
-std::string const* _KepXMLParserData::lookupPrefix(char const* prefix, size_t length) const {
-  for (auto it = bindings.rbegin(); it != bindings.rend(); ++it) {
-    if (it->prefix.size() == length && std::memcmp(it->prefix.data(), prefix, length) == 0) {
-      return &it->uri;
-    }
+namespace {
+
+// The bit of `prefixBits` for a prefix of `length` bytes starting with `first`.
+uint64_t prefixBit(size_t length, char first) {
+  return uint64_t{1} << ((length * 7 + static_cast<unsigned char>(first)) & 63);
+}
+
+}  // namespace
+
+void _KepXMLParserData::pushBinding(char const* prefix, char const* uri) {
+  int index = static_cast<int>(bindings.size());
+  bindings.push_back(Binding{prefix != nullptr ? prefix : "", uri != nullptr ? uri : "", -1});
+  Binding& b = bindings.back();
+  auto placed = innermost.emplace(b.prefix, index);
+  if (!placed.second) {
+    b.shadowed = placed.first->second;
+    placed.first->second = index;
   }
-  return nullptr;
+  if (!b.prefix.empty()) prefixBits |= prefixBit(b.prefix.size(), b.prefix[0]);
+  ++epoch;
+}
+
+void _KepXMLParserData::popBindings(size_t count) {
+  for (; count > 0; --count) {
+    Binding const& b = bindings.back();
+    if (b.shadowed >= 0) {
+      innermost[b.prefix] = b.shadowed;
+    } else {
+      innermost.erase(b.prefix);
+    }
+    bindings.pop_back();
+    ++epoch;
+  }
+}
+
+_KepXMLParserData::Binding const* _KepXMLParserData::lookupPrefix(char const* prefix,
+                                                                  size_t length) const {
+  if (length == 0 || (prefixBits & prefixBit(length, prefix[0])) == 0) return nullptr;
+  auto it = innermost.find(std::string(prefix, length));
+  return it != innermost.end() ? &bindings[static_cast<size_t>(it->second)] : nullptr;
 }
 
 _KepXMLParserData::Names _KepXMLParserData::makeNames(std::string const& prefix,
@@ -196,8 +281,26 @@ _KepXMLParserData::Names _KepXMLParserData::makeNames(std::string const& prefix,
   return n;
 }
 
-_KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
+_KepXMLParserData::Names _KepXMLParserData::resolve(char const* raw) {
   size_t length = std::strlen(raw);
+  uint64_t head;
+  uint64_t tail;
+  edges(raw, length, head, tail);
+  uint64_t key = (head * 0x9e3779b97f4a7c15ull) ^ (tail * 0xc2b2ae3d27d4eb4full) ^ length;
+  Recent& r = recent[(key >> 32) & (kRecentSlots - 1)];
+  if (r.epoch == epoch && r.length == length &&
+      std::memcmp(nameBytes.data() + r.offset, raw, length) == 0) {
+    return r.names;
+  }
+  Slot const& slot = resolveSlot(raw, length);
+  r.epoch = epoch;
+  r.length = static_cast<uint32_t>(length);
+  r.offset = slot.offset;
+  r.names = slot.names;
+  return slot.names;
+}
+
+_KepXMLParserData::Slot const& _KepXMLParserData::resolveSlot(char const* raw, size_t length) {
   char const* colon = nullptr;
   for (size_t i = length; i > 0 && colon == nullptr; --i) {
     if (raw[i - 1] == ':') colon = raw + i - 1;
@@ -209,7 +312,8 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   bool prefixed = false;
   if (colon != nullptr) {
     size_t restLength = static_cast<size_t>(colon - raw);
-    std::string const* uri = lookupPrefix(colon + 1, length - restLength - 1);
+    Binding const* binding = lookupPrefix(colon + 1, length - restLength - 1);
+    std::string const* uri = binding != nullptr ? &binding->uri : nullptr;
     if (uri != nullptr && !uri->empty() && restLength > uri->size() + 1 &&
         std::memcmp(raw, uri->data(), uri->size()) == 0 && raw[uri->size()] == ':' &&
         std::memchr(raw + uri->size() + 1, ':', restLength - uri->size() - 1) == nullptr) {
@@ -221,7 +325,7 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   }
   // The key is the name's bytes and one byte for the decision taken.
   char const decision = prefixed ? '\1' : '\0';
-  uint64_t h = hashBytes(raw, length) + static_cast<uint64_t>(decision);
+  uint64_t h = hashBytes(raw, length, seed) + static_cast<uint64_t>(decision);
   size_t mask = slots.size() - 1;
   size_t i = static_cast<size_t>(h) & mask;
   for (; slots[i].used; i = (i + 1) & mask) {
@@ -229,7 +333,7 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
     if (s.hash == h && s.length == length + 1 &&
         std::memcmp(nameBytes.data() + s.offset, raw, length) == 0 &&
         nameBytes[s.offset + length] == decision) {
-      return s.names;
+      return s;
     }
   }
   Names names;
@@ -266,25 +370,47 @@ _KepXMLParserData::Names const& _KepXMLParserData::resolve(char const* raw) {
   nameBytes.append(raw, length);
   nameBytes.push_back(decision);
   ++slotsUsed;
-  return s.names;
+  return s;
 }
 
-KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
-  auto make = [&]() -> KepRObject* {
+KepRObject* _KepXMLParserData::makeString(char const* bytes, size_t length) {
+  void* memory = nullptr;
+  if (length < kPlacedText) memory = arena.allocate(sizeof(KepRString) + (length + 1) * 2);
+  if (memory == nullptr) {
     return KepRString::createFromBytes(reinterpret_cast<unsigned char const*>(bytes),
                                        static_cast<int>(length));
+  }
+  auto* body = ::new (memory) PlacedString(static_cast<int>(length));
+  _KepBodyArena::placed(body);
+  unsigned short* units = body->mutableUnits();
+  // Whole blocks of a fixed size, which the compiler turns into vector code.
+  size_t i = 0;
+  for (; i + 16 <= length; i += 16) {
+    for (size_t j = 0; j < 16; ++j) units[i + j] = static_cast<unsigned char>(bytes[i + j]);
+  }
+  for (; i < length; ++i) units[i] = static_cast<unsigned char>(bytes[i]);
+  return body;
+}
+
+KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length, bool attributeValue) {
+  auto make = [&]() {
+    KepRObject* body = makeString(bytes, length);
+    if (body == nullptr) throw std::bad_alloc();
+    return body;
   };
   if (length > kShortText) {
     KepRObject* body = make();
-    if (body != nullptr) body->addRef();
+    body->addRef();
     return body;
   }
-  if (shortTexts.empty()) shortTexts.resize(kShortSlots);
-  ShortSlot& slot = shortTexts[hashBytes(bytes, length) & (kShortSlots - 1)];
+  if (shortTexts.empty()) shortTexts.resize(2 * kShortSlots);
+  // Attribute values and character data have a half of the slots each: the
+  // values repeat most, and the texts of a document do not push them out.
+  size_t at = hashBytes(bytes, length, seed) & (kShortSlots - 1);
+  ShortSlot& slot = shortTexts[attributeValue ? at + kShortSlots : at];
   if (slot.text == nullptr || slot.length != length ||
       std::memcmp(slot.bytes, bytes, length) != 0) {
     KepRObject* body = make();
-    if (body == nullptr) return nullptr;
     body->addRef();
     if (slot.text != nullptr) slot.text->release();
     slot.text = body;
@@ -298,14 +424,14 @@ KepRObject* _KepXMLParserData::textBody(char const* bytes, size_t length) {
 // --- Elements ----------------------------------------------------------------------
 
 void _KepXMLParserData::startNamespace(char const* prefix, char const* uri) {
-  bindings.push_back(Binding{prefix != nullptr ? prefix : "", uri != nullptr ? uri : ""});
+  pushBinding(prefix, uri);
   ++pendingDeclarations;
 }
 
 void _KepXMLParserData::enterPath(char const* name) {
   pathLengths.push_back(path.size());
   if (!path.empty()) path.push_back('.');
-  Names const& names = resolve(name);
+  Names const names = resolve(name);
   // The path is made of the names the elements get, prefixes included.
   KepString qualified = KepRDOMNode::nameOf(names.id);
   if (KepRString const* s = KepRString::of(qualified)) {
@@ -317,13 +443,43 @@ void _KepXMLParserData::enterPath(char const* name) {
   }
 }
 
+void _KepXMLParserData::own(KepRDOMNode* node) {
+  if (anchorRefs == 0) {
+    anchor->addRef(kAnchorBatch);
+    anchorRefs = kAnchorBatch;
+  }
+  --anchorRefs;
+  node->takeOwner(anchor);
+}
+
+namespace {
+
+// 1 for "dt", 2 for "ElementId" (the attributes that name an element's class),
+// else 0.
+int classAttribute(char const* name) {
+  if (name[0] == 'd') return name[1] == 't' && name[2] == 0 ? 1 : 0;
+  if (name[0] == 'E') return std::strcmp(name, "ElementId") == 0 ? 2 : 0;
+  return 0;
+}
+
+}  // namespace
+
+bool _KepXMLParserData::namesClass(char const** attributes) const {
+  if ((mode & KepRXMLParser::kStandardDOM) != 0) return false;
+  for (char const** a = attributes; a[0] != nullptr; a += 2) {
+    if (classAttribute(a[0]) != 0) return true;
+  }
+  return false;
+}
+
 KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObject& holder,
                                                Hold& hold) {
   int dataType = 0;
   if ((mode & KepRXMLParser::kStandardDOM) == 0) {
     for (char const** a = attributes; a[0] != nullptr; a += 2) {
-      bool dt = std::strcmp(a[0], "dt") == 0;
-      if (!dt && std::strcmp(a[0], "ElementId") != 0) continue;
+      int kind = classAttribute(a[0]);
+      if (kind == 0) continue;
+      bool dt = kind == 1;
       holder = KepGetObject(widened(a[1]), 0);
       KepRObject* body = holder.getRealKepObj();
       KepRDOMElement* element = nullptr;
@@ -335,7 +491,7 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
       if (dt && dataType == 0) dataType = dataTypeNamed(a[1]);
     }
   }
-  auto* element = new KepRDOMElement();
+  auto* element = arena.make<KepRDOMElement>();
   hold.reset(element);
   // A plain element written with its value's type ("int", "string" ...) gets
   // that type back; a string value keeps even a lone line break or tab.
@@ -345,83 +501,120 @@ KepRDOMElement* _KepXMLParserData::makeElement(char const** attributes, KepObjec
   return element;
 }
 
-namespace {
-
-// The prefix part of a name as the tokenizer delivers it, when the name was
-// taken for a prefixed one: the part after the last colon.
-char const* prefixOf(char const* raw, bool prefixed) {
-  if (!prefixed) return "";
-  char const* colon = std::strrchr(raw, ':');
-  return colon != nullptr ? colon + 1 : "";
-}
-
-}  // namespace
-
 void _KepXMLParserData::setAttributes(KepRDOMElement* element, char const* name,
                                       char const** attributes) {
   // The declarations go where the DOM writer puts them, so that what it wrote
   // reads back into the same attribute order: the one binding the element's
   // own prefix first, each one binding an attribute's prefix right after that
   // attribute, the others last.
-  size_t firstDeclaration = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
-  size_t declarations = bindings.size() - firstDeclaration;
-  // The tokenizer lets no two attributes of one element have the same name, or
-  // the same URI and local name, and reports no declarations among them: while
-  // the element had no attributes of its own before, they are appended without
-  // the map's checks.
-  KepRDOMAttributeList* before = element->existingAttributes();
-  bool fresh = before == nullptr || before->size() == 0;
-  if (declarations > 0) {
-    placed.assign(declarations, false);
-    Names const& own = resolve(name);
-    addDeclaration(element, firstDeclaration, prefixOf(name, own.prefix != 0));
-  }
-  KepRDOMAttributeList* list = nullptr;
+  size_t first = bindings.size() - static_cast<size_t>(declarationsPerLevel.back());
+  int count = static_cast<int>(bindings.size() - first);
+  for (char const** a = attributes; a[0] != nullptr; a += 2) ++count;
+  if (count == 0) return;
+  attributeOwner = element;
+  map = nullptr;
+  mapRoom = count;
+  if (first < bindings.size()) addDeclaration(first, ownPrefix(name));
   for (char const** a = attributes; a[0] != nullptr; a += 2) {
-    if (std::strcmp(a[0], "xs") == 0) {
+    if (a[0][0] == 'x' && a[0][1] == 's' && a[0][2] == 0) {
       int service = KepProcess::nameToTag(widened(a[1]));
       if (service != 0) element->setService(service);
       continue;
     }
     Names const names = resolve(a[0]);
     if (names.id == 0) continue;
-    if (list == nullptr) {
-      list = element->attributeList();
-      int left = 0;
-      for (char const** b = a; b[0] != nullptr; b += 2) ++left;
-      list->reserve(left);
-    }
-    auto* attribute = new KepRDOMAttribute();
-    Hold holder(attribute);
-    attribute->setNames(names.id, names.prefix, names.local, names.uri);
-    attribute->adoptValue(textBody(a[1], std::strlen(a[1])));
-    if (fresh) {
-      list->appendChecked(attribute);
-    } else {
-      bool refused = false;
-      list->put(attribute, names.uri != 0, refused);
-    }
-    if (declarations > 0 && names.prefix != 0) {
-      addDeclaration(element, firstDeclaration, prefixOf(a[0], true));
-    }
+    addAttribute(names, a[1], std::strlen(a[1]), names.uri != 0);
+    if (names.prefix != 0 && first < bindings.size()) addDeclaration(first, ownPrefix(a[0]));
   }
-  for (size_t i = 0; i < declarations; ++i) {
-    if (!placed[i])
-      addDeclaration(element, firstDeclaration, bindings[firstDeclaration + i].prefix.c_str());
-  }
+  for (size_t i = first; i < bindings.size(); ++i) addDeclaration(first, bindings[i].prefix);
+  attributeOwner = nullptr;
+  map = nullptr;
 }
 
-void _KepXMLParserData::addDeclaration(KepRDOMElement* element, size_t first, char const* prefix) {
-  static KepString const xmlnsUri(kXmlnsNamespace);
-  for (size_t i = 0; i + first < bindings.size(); ++i) {
-    Binding const& b = bindings[first + i];
-    if (placed[i] || b.prefix != prefix) continue;
-    placed[i] = true;
-    std::string attributeName = b.prefix.empty() ? std::string("xmlns") : "xmlns:" + b.prefix;
-    element->setAttributeNS(xmlnsUri, widened(attributeName.data(), attributeName.size()),
-                            widened(b.uri.data(), b.uri.size()));
-    return;
+std::string _KepXMLParserData::ownPrefix(char const* raw) {
+  Names const names = resolve(raw);
+  if (names.prefix == 0) return std::string();
+  char const* colon = std::strrchr(raw, ':');
+  return colon != nullptr ? std::string(colon + 1) : std::string();
+}
+
+void _KepXMLParserData::addDeclaration(size_t first, std::string const& prefix) {
+  auto it = innermost.find(prefix);
+  if (it == innermost.end() || static_cast<size_t>(it->second) < first) return;
+  Binding& b = bindings[static_cast<size_t>(it->second)];
+  if (b.added) return;
+  b.added = true;
+  // "xmlns" or "xmlns:" and the prefix, in the namespace of declarations.
+  if (xmlnsTag == 0) {
+    xmlnsTag = tagOfBytes("xmlns");
+    xmlnsUriTag = tagOfBytes(kXmlnsNamespace);
   }
+  Names names;
+  names.uri = xmlnsUriTag;
+  if (b.prefix.empty()) {
+    names.id = xmlnsTag;
+    names.local = xmlnsTag;
+  } else {
+    names.id = tagOfBytes("xmlns:" + b.prefix);
+    names.prefix = xmlnsTag;
+    names.local = tagOfBytes(b.prefix);
+  }
+  addAttribute(names, b.uri.data(), b.uri.size(), true);
+}
+
+KepRDOMAttributeList* _KepXMLParserData::attributeMap() {
+  if (KepRDOMAttributeList* existing = attributeOwner->existingAttributes()) {
+    preset = existing->size();
+    existing->reserve(mapRoom);
+    return existing;
+  }
+  preset = 0;
+  // A new map is placed in the arena with room for the attributes behind it.
+  size_t const room = static_cast<size_t>(mapRoom) * sizeof(KepRDOMNode*);
+  if (void* memory = arena.allocate(sizeof(KepRDOMAttributeList) + room)) {
+    auto* slots =
+        reinterpret_cast<KepRDOMNode**>(static_cast<char*>(memory) + sizeof(KepRDOMAttributeList));
+    auto* list = ::new (memory) KepRDOMAttributeList(slots, mapRoom);
+    _KepBodyArena::placed(list);
+    attributeOwner->adoptAttributeList(list);
+    return list;
+  }
+  KepRDOMAttributeList* list = attributeOwner->attributeList();
+  list->reserve(mapRoom);
+  return list;
+}
+
+bool _KepXMLParserData::clashesWithPreset(Names const& names, bool byNS) const {
+  for (int i = 0; i < preset; ++i) {
+    KepRDOMNode const* other = map->at(i);
+    if (byNS ? other->uriTag() == names.uri && other->localOrNodeTag() == names.local
+             : other->nodeTag() == names.id) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void _KepXMLParserData::addAttribute(Names const& names, char const* bytes, size_t length,
+                                     bool byNS) {
+  if (map == nullptr) map = attributeMap();
+  auto* attribute = arena.make<KepRDOMAttribute>();
+  own(attribute);
+  attribute->setNames(names.id, names.prefix, names.local, names.uri);
+  // The map takes the attribute before anything that may fail: it has room
+  // for it already. The tokenizer lets no two attributes of one element have
+  // the same name, or the same URI and local name, and reports no declaration
+  // twice: only the attributes the element had before the parser came can
+  // have the same name.
+  if (preset == 0 || !clashesWithPreset(names, byNS)) {
+    map->appendChecked(attribute);
+  } else {
+    Hold holder(attribute);
+    bool refused = false;
+    map->put(attribute, byNS, refused);
+    if (refused) return;
+  }
+  attribute->adoptValue(textBody(bytes, length, true));
 }
 
 void _KepXMLParserData::startElement(char const* name, char const** attributes) {
@@ -433,8 +626,22 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   if (!building()) return;
 
   Names const names = resolve(name);
+  Open const& open = parents.back();
+  KepRDOMParentNode* parent = open.node;
+  if (handler == nullptr && !namesClass(attributes)) {
+    // The common case: a plain element that goes straight into the tree, which
+    // holds it from then on.
+    auto* element = arena.make<KepRDOMElement>();
+    element->setNames(names.id, names.prefix, names.local, names.uri);
+    own(element);
+    parent->appendFresh(element);
+    if (!open.plain) parent->childrenChanged();
+    setAttributes(element, name, attributes);
+    enter(element, true);
+    return;
+  }
   // A factory-made element comes with its handle; a plain one is only held by
-  // a reference until its parent takes it.
+  // a reference until its parent or the handler takes it.
   KepObject holder;
   Hold hold;
   KepRDOMElement* element = makeElement(attributes, holder, hold);
@@ -451,7 +658,6 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
   element->adoptOne(anchor);
   setAttributes(element, name, attributes);
 
-  KepRDOMParentNode* parent = parents.back();
   bool placed = false;
   if (handler != nullptr) {
     KepDOMElement offered(holder.isNull() ? KepObject(static_cast<KepBridgeToObject*>(element))
@@ -462,11 +668,16 @@ void _KepXMLParserData::startElement(char const* name, char const** attributes) 
     parent->appendFresh(element);
     parent->childrenChanged();
   }
-  parents.push_back(element);
+  enter(element, false);
+}
+
+void _KepXMLParserData::enter(KepRDOMElement* element, bool plain) {
+  parents.push_back(Open{element, plain});
   // The reference taken for `parents`.
   element->addRef();
   if (matchDepth == depth) found = element;
-  element->_beginFromXML(parserHandle);
+  // The hooks of a plain element do nothing.
+  if (!plain) element->_beginFromXML(parserHandle);
 }
 
 void _KepXMLParserData::endElement() {
@@ -477,14 +688,18 @@ void _KepXMLParserData::endElement() {
   }
   if (inside) {
     flushText();
-    KepRDOMParentNode* parent = parents.back();
+    Open const open = parents.back();
     parents.pop_back();
-    if (KepRDOMElement* element = parent->asElement()) element->_endFromXML(mode, parserHandle);
-    parent->release();
+    if (!open.plain) {
+      if (KepRDOMElement* element = open.node->asElement()) {
+        element->_endFromXML(mode, parserHandle);
+      }
+    }
+    open.node->release();
   }
   int count = declarationsPerLevel.back();
   declarationsPerLevel.pop_back();
-  bindings.resize(bindings.size() - static_cast<size_t>(count));
+  popBindings(static_cast<size_t>(count));
   if (matchDepth == depth) matchDepth = 0;
   --depth;
 }
@@ -518,26 +733,29 @@ void _KepXMLParserData::flushText(bool force) {
     if (overflowed) overflow = KepStringBuffer();
     return;
   }
-  KepRDOMParentNode* parent = parents.back();
+  Open const& open = parents.back();
+  KepRDOMParentNode* parent = open.node;
   // A lone tab or line feed between elements is layout, not content, unless
   // the element keeps its white space.
   if (!cdata && length == 1 && (pending[0] == '\t' || pending[0] == '\n')) {
+    if (open.plain) return;
     KepRDOMElement* element = parent->asElement();
     if (element == nullptr || !element->preservesSpace()) return;
   }
   // The node goes into the tree first, which then owns it: nothing that may
   // throw comes between its creation and its link. Nobody sees it before its
   // text is set.
-  KepRDOMText* node = cdata ? new KepRDOMCDATASection() : new KepRDOMText();
-  node->adoptOne(anchor);
+  KepRDOMText* node = cdata ? static_cast<KepRDOMText*>(arena.make<KepRDOMCDATASection>())
+                            : arena.make<KepRDOMText>();
+  own(node);
   parent->appendFresh(node);
   if (overflowed) {
     node->initData(overflow.toString());
     overflow = KepStringBuffer();
   } else if (length > 0 || cdata) {
-    node->adoptData(textBody(pending, static_cast<size_t>(length)));
+    node->adoptData(textBody(pending, static_cast<size_t>(length), false));
   }
-  parent->childrenChanged();
+  if (!open.plain) parent->childrenChanged();
 }
 
 void _KepXMLParserData::flushOnly() { flushText(); }

@@ -5,14 +5,17 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "kep/base/KepRObject.h"
 #include "kep/base/KepString.h"
 #include "kep/base/KepStringBuffer.h"
+#include "kep/base/_KepBodyArena.h"
 #include "kep/xml/KepXMLParser.h"
 #include "kep/xml/KepXMLParserEventHandler.h"
 
+class KepRDOMAttributeList;
 class KepRDOMDocument;
 class KepRDOMElement;
 class KepRDOMNode;
@@ -79,8 +82,10 @@ class _KepXMLParserData {
   struct Binding {
     std::string prefix;  // empty for the default namespace
     std::string uri;     // empty when the default namespace is undeclared
+    int shadowed;        // the binding of the same prefix this one hides, or -1
+    bool added = false;  // its "xmlns" attribute is on its element already
   };
-  // One slot of the name cache.
+  // One entry of the name table.
   struct Slot {
     uint64_t hash = 0;
     uint32_t offset = 0;
@@ -88,15 +93,31 @@ class _KepXMLParserData {
     bool used = false;
     Names names;
   };
+  // One entry of the table of recent names (see resolve()).
+  struct Recent {
+    uint64_t epoch = 0;
+    uint32_t length = 0;
+    uint32_t offset = 0;
+    Names names;
+  };
 
   // Whether elements are built at the current position.
   bool building() const noexcept { return target.empty() || matchDepth != 0; }
   // The tags of a name as the tokenizer delivers it: "name", "uri:name" or
   // "uri:name:prefix", where the URI may hold colons itself.
-  Names const& resolve(char const* raw);
+  //
+  // A name met under the same declarations as a moment ago is found in the
+  // table of recent names by its length and its first and last bytes, and
+  // compared; otherwise the decision whether the last part is a prefix is taken
+  // and the name looked up in the name table by a hash of all its bytes.
+  Names resolve(char const* raw);
+  Slot const& resolveSlot(char const* raw, size_t length);
   Names makeNames(std::string const& prefix, std::string const& local, std::string const& uri);
-  // The URI bound to `prefix` in the innermost declaration, or null.
-  std::string const* lookupPrefix(char const* prefix, size_t length) const;
+  // The innermost binding of `prefix`, or null.
+  Binding const* lookupPrefix(char const* prefix, size_t length) const;
+  // Brings a declaration into scope, and takes the last `count` out again.
+  void pushBinding(char const* prefix, char const* uri);
+  void popBindings(size_t count);
   // One counted reference on a new body, dropped when the hold ends (which
   // frees a body that nothing else took): cheaper than a handle.
   class Hold {
@@ -121,12 +142,35 @@ class _KepXMLParserData {
   // "ElementId" (unless in standard-DOM mode), held by `holder`, else a plain
   // element, held by `hold`.
   KepRDOMElement* makeElement(char const** attributes, KepObject& holder, Hold& hold);
+  // Whether an attribute "dt" or "ElementId" may make the element an object
+  // (they do not in standard-DOM mode).
+  bool namesClass(char const** attributes) const;
+  // Puts a new node in the document. The references on the document's anchor
+  // are taken in batches: one locked instruction per batch, not per node.
+  void own(KepRDOMNode* node);
+  // Makes a new element, placed in the tree, the current parent; `plain`: a
+  // plain element the parser made and placed itself (see Open).
+  void enter(KepRDOMElement* element, bool plain);
   // Sets the attributes (all but "xs", which names the service) and the
   // namespace declarations this element made, as "xmlns" attributes.
   void setAttributes(KepRDOMElement* element, char const* name, char const** attributes);
-  // Adds the first declaration of this element (from bindings[first]) that
-  // binds `prefix` and is not added yet.
-  void addDeclaration(KepRDOMElement* element, size_t first, char const* prefix);
+  // The prefix of a name as the tokenizer delivers it, when the name is taken
+  // for a prefixed one: its last part; else empty.
+  std::string ownPrefix(char const* raw);
+  // Adds the declaration of `prefix` as an "xmlns" attribute, when this
+  // element (whose declarations start at bindings[first]) made it and it is
+  // not added yet.
+  void addDeclaration(size_t first, std::string const& prefix);
+  // Adds an attribute with the tags `names` and the value `bytes` to the
+  // element's attribute map; `byNS`: a namespaced name (compared by URI and
+  // local name).
+  void addAttribute(Names const& names, char const* bytes, size_t length, bool byNS);
+  // The attribute map of the element being started, with room for the
+  // attributes to come; notes how many it held before.
+  KepRDOMAttributeList* attributeMap();
+  // Whether one of the attributes the element had before (the first `preset`
+  // of its map) has the same name.
+  bool clashesWithPreset(Names const& names, bool byNS) const;
   // Appends the pending text to the current parent as a text node (a CDATA
   // section inside CDATA; `force` makes an empty section too).
   void flushText(bool force = false);
@@ -134,14 +178,23 @@ class _KepXMLParserData {
   void enterPath(char const* name);
 
   _KepDOMDocAnchor* anchor;
+  // References on `anchor` taken for nodes still to come.
+  int64_t anchorRefs = 0;
+  static constexpr int64_t kAnchorBatch = 256;
   KepXMLParser parserHandle;
   int mode;
   KepXMLParserEventHandler* handler;
   void* tokenizer = nullptr;
 
-  // The open parents, innermost last, each holding one reference; the
-  // document first.
-  std::vector<KepRDOMParentNode*> parents;
+  // An open parent, holding one reference. A plain element that the parser
+  // made and put in the tree itself has hooks that do nothing, no cached
+  // value and keeps no white space.
+  struct Open {
+    KepRDOMParentNode* node;
+    bool plain;
+  };
+  // The open parents, innermost last; the document first.
+  std::vector<Open> parents;
   KepRDOMElement* found = nullptr;
 
   // XPointer tracking: the requested path, the path of the current position
@@ -157,12 +210,27 @@ class _KepXMLParserData {
 
   // Namespace declarations in scope, innermost last, and how many each open
   // element made; declarations reported before an element starts wait in
-  // `pendingDeclarations`.
+  // `pendingDeclarations`. `innermost` finds the binding of a prefix,
+  // `prefixBits` tells at a glance that most names' last parts are no bound
+  // prefix (a bit per length and first byte, set for every prefix ever
+  // bound), and `epoch` changes with every declaration that comes or goes.
   std::vector<Binding> bindings;
+  std::unordered_map<std::string, int> innermost;
+  uint64_t prefixBits = 0;
+  uint64_t epoch = 1;
   std::vector<int> declarationsPerLevel;
   int pendingDeclarations = 0;
-  // Which of the current element's declarations are added already.
-  std::vector<bool> placed;
+
+  // While an element's attributes are set: the element, its map (made at the
+  // first attribute), the room it is to have and how many attributes it held
+  // before.
+  KepRDOMElement* attributeOwner = nullptr;
+  KepRDOMAttributeList* map = nullptr;
+  int mapRoom = 0;
+  int preset = 0;
+  // The tags of "xmlns" and of the namespace of declarations, once needed.
+  int xmlnsTag = 0;
+  int xmlnsUriTag = 0;
 
   // Pending character data: up to 1024 bytes here, then everything in
   // `overflow`.
@@ -177,15 +245,25 @@ class _KepXMLParserData {
   // The names met so far, by their bytes as delivered (plus one byte telling
   // whether the last part was taken for a prefix).
   std::vector<Slot> slots;
+  // The key of this parse's hashes.
+  uint64_t seed = 0;
   std::string nameBytes;
   size_t slotsUsed = 0;
+  static constexpr size_t kRecentSlots = 64;
+  Recent recent[kRecentSlots];
 
   // The string body of `length` bytes widened, with one reference for the
-  // caller (null when it could not be allocated). Short texts and attribute
+  // caller; throws std::bad_alloc when it could not be allocated. Short texts and attribute
   // values met before are shared by the nodes that hold the same bytes
   // (strings never change): direct-mapped by a hash of the bytes, a collision
   // replaces the older entry.
-  KepRObject* textBody(char const* bytes, size_t length);
+  KepRObject* textBody(char const* bytes, size_t length, bool attributeValue);
+  // A new string body of `length` bytes widened, not counted yet; null when
+  // it could not be allocated (textBody then throws std::bad_alloc, which
+  // stops the parse).
+  KepRObject* makeString(char const* bytes, size_t length);
+  // Texts shorter than this are placed in the arena.
+  static constexpr size_t kPlacedText = 512;
   static constexpr size_t kShortText = 24;
   static constexpr size_t kShortSlots = 512;
   struct ShortSlot {
@@ -196,6 +274,9 @@ class _KepXMLParserData {
   std::vector<ShortSlot> shortTexts;
 
   bool failure = false;
+
+  // Where the nodes and the strings of the document are made.
+  _KepBodyArena arena;
 };
 
 #endif  // KEP_XML_KEPXMLPARSERDATA_H

@@ -86,8 +86,10 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
     doc.appendChild(root);
     KepDOMElement middle = countedElement(doc, "middle");
     root.appendChild(middle);
+    middle.appendChild(countedElement(doc, "before"));
     kept = countedElement(doc, "kept");
     middle.appendChild(kept);
+    middle.appendChild(countedText(doc, "after"));
     keptLeaf = countedText(doc, "leaf");
     kept.appendChild(keptLeaf);
     kept.appendChild(countedElement(doc, "below"));
@@ -97,6 +99,8 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
   // link with it.
   EXPECT_EQ(LiveBodies::count(), 3);
   EXPECT_TRUE(kept.getParentNode().isNull());
+  EXPECT_TRUE(kept.getPreviousSibling().isNull());
+  EXPECT_TRUE(kept.getNextSibling().isNull());
   EXPECT_TRUE(kept.getOwnerDocument().isNull());
   EXPECT_TRUE(keptLeaf.getOwnerDocument().isNull());
   EXPECT_EQ(body(keptLeaf.getParentNode()), body(kept));
@@ -106,6 +110,7 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
   kept = KepDOMElement();
   EXPECT_EQ(LiveBodies::count(), 1) << "the leaf is still held";
   EXPECT_TRUE(keptLeaf.getParentNode().isNull());
+  EXPECT_TRUE(keptLeaf.getNextSibling().isNull());
 }
 
 TEST_F(DOMOwnership, RemovedAndMovedNodesAreFreedWithTheirLastHolder) {

@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -212,6 +213,29 @@ TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
       root("<!DOCTYPE r [<!ENTITY e SYSTEM \"file://" + secret + "\">]><r>&e;</r>");
   ASSERT_FALSE(external.isNull());
   EXPECT_EQ(external.getString().indexOf(KepString("SECRET")), -1);
+}
+
+TEST(XMLParserInput, DeclarationsThatPileUpDoNotSlowEachNameDown) {
+  // Every level declares the same prefix again, and every name uses the outer
+  // one: finding "p" must not walk the 100,000 declarations of "q" above it
+  // (which took minutes, a hang for a hostile sender).
+  int const depth = 100000;
+  std::string xml = "<p:r xmlns:p=\"urn:p\">";
+  for (int i = 0; i < depth; ++i) xml += "<p:e xmlns:q=\"v\">";
+  xml += "<q:in/>";
+  for (int i = 0; i < depth; ++i) xml += "</p:e>";
+  xml += "</p:r>";
+  auto start = std::chrono::steady_clock::now();
+  KepDOMElement e = root(xml);
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ASSERT_FALSE(e.isNull());
+  EXPECT_LT(seconds, 30.0);
+  for (int level = 0; level < depth; ++level) e = KepDOMElement(e.getFirstChild());
+  EXPECT_EQ(text(e.getNamespaceURI()), "urn:p");
+  EXPECT_EQ(text(e.getAttribute("xmlns:q")), "v");
+  KepDOMElement in(e.getFirstChild());
+  EXPECT_EQ(text(in.getNodeName()), "q:in");
+  EXPECT_EQ(text(in.getNamespaceURI()), "v");
 }
 
 TEST(XMLParserInput, OneParserServesSeveralThreads) {

@@ -4,6 +4,8 @@
 
 #include <new>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "ParserTestSupport.h"
 
@@ -28,6 +30,15 @@ TEST(XMLParserTree, ElementsAttributesAndTextInDocumentOrder) {
   EXPECT_EQ(r.getAttributes().getLength(), 2);
   EXPECT_EQ(text(r.get("Item", 1).getAttribute("n")), "2");
   EXPECT_EQ(r.getNodeID(), KepNameToTag("Root"));
+  // The map was made with room for exactly the parsed attributes; it grows
+  // and shrinks like any other.
+  for (char const* name : {"c", "d", "e"}) r.setAttribute(name, name);
+  r.removeAttribute("a");
+  KepDOMNamedNodeMap map = r.getAttributes();
+  std::string names;
+  for (int i = 0; i < map.getLength(); ++i) names += text(map.item(i).getNodeName());
+  EXPECT_EQ(names, "bcde");
+  EXPECT_EQ(text(r.getAttribute("e")), "e");
 }
 
 TEST(XMLParserTree, TextAndAttributesAreWidenedByteByByte) {
@@ -81,6 +92,43 @@ TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
   EXPECT_EQ(text(first.getString()), "same!");
   EXPECT_EQ(text(r.get("i", 1).getString()), "same");
   EXPECT_EQ(text(r.get("i", 1).getAttribute("v")), "same");
+}
+
+TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
+  // Enough nodes to fill many of the blocks the parser places its nodes in.
+  std::string xml = "<r>";
+  for (int i = 0; i < 3000; ++i) {
+    xml += "<e n=\"" + std::to_string(i) + "\">text " + std::to_string(i) + "</e>";
+  }
+  xml += "</r>";
+  std::vector<KepDOMElement> kept;
+  KepDOMAttribute keptAttribute;
+  {
+    KepDOMElement r = root(xml);
+    ASSERT_FALSE(r.isNull());
+    for (KepDOMElement e(r.getFirstChild()); !e.isNull(); e = e.getNextSibling()) {
+      kept.push_back(e);
+    }
+    keptAttribute = kept[1500].getAttributeNode("n");
+  }
+  ASSERT_EQ(kept.size(), 3000u);
+  EXPECT_TRUE(kept[1500].getParentNode().isNull());
+  EXPECT_EQ(text(kept[1500].getString()), "text 1500");
+  EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept[1500]));
+  // The last holders go on several threads at once, neighbours on different
+  // threads.
+  std::vector<std::thread> threads;
+  for (size_t t = 0; t < 4; ++t) {
+    threads.emplace_back([&kept, t] {
+      for (size_t i = t; i < kept.size(); i += 4) {
+        EXPECT_EQ(text(kept[i].getString()), "text " + std::to_string(i));
+        kept[i] = KepDOMElement();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(text(keptAttribute.getValue()), "1500");
+  EXPECT_TRUE(keptAttribute.getOwnerElement().isNull());
 }
 
 TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
