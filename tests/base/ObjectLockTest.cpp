@@ -38,19 +38,7 @@ KEP_METHODS_Counter(KEP_DECLARE_BRIDGE)
   std::atomic<int> value{0};
 };
 
-KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_METHOD)
-
-    namespace {
-  bool acquiredWithin(std::atomic<bool> const& flag, int ms) {
-    auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    while (std::chrono::steady_clock::now() < until) {
-      if (flag.load()) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return flag.load();
-  }
-
-}  // namespace
+KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_METHOD);
 
 TEST(ObjectLock, OnlyTheCreatorsBracketOrAnExplicitLockMakesTheSemaphore) {
   // Wrapped and called first on another thread: that thread's brackets make no
@@ -108,13 +96,14 @@ TEST(ObjectLock, ThreeLocksNeedThreeUnlocksBeforeAnotherThreadGetsIn) {
   });
   o.unlock();
   o.unlock();
-  EXPECT_FALSE(acquiredWithin(got, 100));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // time to get in, wrongly
+  EXPECT_FALSE(got.load());
   o.unlock();
   other.join();
   EXPECT_TRUE(got.load());
 }
 
-TEST(ObjectLock, AHardLockBlocksBracketedCallsWhichThenSerialise) {
+TEST(ObjectLock, AHardLockBlocksBracketedCallsOfOtherThreads) {
   KepCounter c(new KepRCounter);
   c.lock();  // makes the semaphore, so every thread's bracket is real
   std::atomic<bool> done{false};
@@ -122,18 +111,12 @@ TEST(ObjectLock, AHardLockBlocksBracketedCallsWhichThenSerialise) {
     c.bump(5);
     done = true;
   });
-  EXPECT_FALSE(acquiredWithin(done, 100));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_FALSE(done.load());
   EXPECT_EQ(c.peek(), 0);
   c.unlock();
   other.join();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 500; ++i) c.bump(1);
-    });
-  }
-  for (auto& t : threads) t.join();
-  EXPECT_EQ(c.peek(), 2005);
+  EXPECT_EQ(c.peek(), 5);
 }
 
 TEST(ObjectLock, CountsStayExactUnderConcurrentCopiesAndReleases) {

@@ -109,18 +109,17 @@ TEST(String, ComparisonsWalkToTheFirstDifferentUnit) {
 }
 
 TEST(String, RegionMatchesEdges) {
-  KepString s("Hello World");
-  KepString w("WORLD");
-  EXPECT_TRUE(s.regionMatches(1, 6, w, 0, 5));
-  EXPECT_FALSE(s.regionMatches(0, 6, w, 0, 5));
-  EXPECT_FALSE(s.regionMatches(1, 6, w, 0, 0)) << "len 0 is false";
-  EXPECT_FALSE(s.regionMatches(1, 0, s, 0, 0));
-  EXPECT_FALSE(s.regionMatches(1, -1, w, 0, 1));
-  EXPECT_FALSE(s.regionMatches(1, 0, w, -1, 1));
-  EXPECT_FALSE(s.regionMatches(1, 7, w, 0, 5)) << "runs past this string";
-  EXPECT_FALSE(s.regionMatches(1, 6, w, 1, 5)) << "runs past the other string";
-  EXPECT_TRUE(s.regionMatches(1, 10, w, 4, 1)) << "last unit of both";
-  EXPECT_FALSE(s.regionMatches(1, 0, w, 0, INT_MAX));
+  KepString s("Hello World"), w("WORLD");
+  // Ignoring case: a match, a mismatch, length 0 (false), negative offsets,
+  // regions running past this string or the other, the last unit of both, and a
+  // huge length.
+  EXPECT_EQ((std::vector<unsigned long>{
+                s.regionMatches(1, 6, w, 0, 5), s.regionMatches(0, 6, w, 0, 5),
+                s.regionMatches(1, 6, w, 0, 0), s.regionMatches(1, 0, s, 0, 0),
+                s.regionMatches(1, -1, w, 0, 1), s.regionMatches(1, 0, w, -1, 1),
+                s.regionMatches(1, 7, w, 0, 5), s.regionMatches(1, 6, w, 1, 5),
+                s.regionMatches(1, 10, w, 4, 1), s.regionMatches(1, 0, w, 0, INT_MAX)}),
+            (std::vector<unsigned long>{1, 0, 0, 0, 0, 0, 0, 0, 1, 0}));
   // Case-insensitive matching goes through upper case, then lower case of that.
   EXPECT_TRUE(fromUnits(u"\x01C5").regionMatches(1, 0, fromUnits(u"\x01C4"), 0, 1)) << "Dz, DZ";
   EXPECT_TRUE(fromUnits(u"\x03C2").regionMatches(1, 0, fromUnits(u"\x03A3"), 0, 1)) << "sigma";
@@ -128,31 +127,23 @@ TEST(String, RegionMatchesEdges) {
 }
 
 TEST(String, SearchEdges) {
-  KepString s("abcabc");
-  EXPECT_EQ(s.indexOf(u'c', 3), 5);
-  EXPECT_EQ(s.indexOf(u'c', -7), 2);
-  EXPECT_EQ(s.indexOf(u'c', 6), -1);
-  EXPECT_EQ(s.indexOf(k("abc"), 3), 3);
-  EXPECT_EQ(s.indexOf(k("abc"), 4), -1);
-  EXPECT_EQ(s.indexOf(k("abcabcx")), -1);
-  EXPECT_EQ(s.indexOf(k("")), -1) << "an empty argument is never found";
-  EXPECT_EQ(s.lastIndexOf(u'a', 2), 0);
-  EXPECT_EQ(s.lastIndexOf(u'a', 99), 3) << "from past the end is the last unit";
-  EXPECT_EQ(s.lastIndexOf(u'a', -1), -1);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), 2), 0);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), 99), 3);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), -1), -1);
-  EXPECT_EQ(s.lastIndexOf(k("")), 6) << "an empty argument answers from, lowered";
-  EXPECT_EQ(s.lastIndexOf(k(""), 2), 2);
-
-  KepString p("prefix.suffix");
-  EXPECT_TRUE(p.startsWith(k("suffix"), 7));
-  EXPECT_FALSE(p.startsWith(k("suffix"), 8));
-  EXPECT_FALSE(p.startsWith(k("pre"), -1));
-  EXPECT_FALSE(p.startsWith(k("")));
-  EXPECT_TRUE(p.endsWith(p));
-  EXPECT_FALSE(p.endsWith(k("")));
-  EXPECT_FALSE(k("x").endsWith(k("xx")));
+  KepString s("abcabc"), p("prefix.suffix");
+  // Starting positions before, inside and past the string; an empty argument is
+  // never found forwards, and found at `from`, lowered to the length, backwards.
+  EXPECT_EQ((std::vector<int>{s.indexOf(u'c', 3), s.indexOf(u'c', -7), s.indexOf(u'c', 6),
+                              s.indexOf(k("abc"), 3), s.indexOf(k("abc"), 4),
+                              s.indexOf(k("abcabcx")), s.indexOf(k(""))}),
+            (std::vector<int>{5, 2, -1, 3, -1, -1, -1}));
+  EXPECT_EQ((std::vector<int>{s.lastIndexOf(u'a', 2), s.lastIndexOf(u'a', 99),
+                              s.lastIndexOf(u'a', -1), s.lastIndexOf(k("abc"), 2),
+                              s.lastIndexOf(k("abc"), 99), s.lastIndexOf(k("abc"), -1),
+                              s.lastIndexOf(k("")), s.lastIndexOf(k(""), 2)}),
+            (std::vector<int>{0, 3, -1, 0, 3, -1, 6, 2}));
+  EXPECT_EQ(
+      (std::vector<unsigned long>{p.startsWith(k("suffix"), 7), p.startsWith(k("suffix"), 8),
+                                  p.startsWith(k("pre"), -1), p.startsWith(k("")), p.endsWith(p),
+                                  p.endsWith(k("")), k("x").endsWith(k("xx"))}),
+      (std::vector<unsigned long>{1, 0, 0, 0, 1, 0, 0}));
 
   // Every position of a long text, found by the fast scan and checked by a plain one.
   std::mt19937 rng(7);
