@@ -38,17 +38,14 @@ TEST(TagManager, AFullBlockMovesTheNextNameToANewBlock) {
   EXPECT_EQ(m.nameToTag(name("n", 2046)), 0x407FE);
   EXPECT_EQ(m.add(name("n", 5)), 0x40005) << "a known name keeps its tag";
   EXPECT_EQ(bodyOf(m)->getNameSpace()->nameCount(), 2048);
-  KepTagManager null;
-  EXPECT_EQ(null.add(KepString("x")), 0);
-  EXPECT_TRUE(null.tagToName(0x4002C).isNull());
 }
 
 TEST(TagManager, TablesLoadByPositionStayCurrentAndLeaveNothingWhenRefused) {
   KepTagManager m = newManager();
   KepTagTable const table[] = {"zero", "one", "zero", "three"};  // a repeat shifts the rest
   ASSERT_EQ(m.loadTagTable(100, 199, 4, table), 1);
+  EXPECT_EQ(nameOf(m, m.nameToTag("three")), "three");
   EXPECT_EQ(m.nameToTag("three"), 102);
-  EXPECT_EQ(nameOf(m, 102), "three");
   EXPECT_TRUE(m.tagToName(103).isNull());
   EXPECT_EQ(bodyOf(m)->getNextTag(), 0x40000) << "a table below the next tag leaves it";
   EXPECT_EQ(m.add(KepString("four")), 103) << "new names continue in the loaded range";
@@ -182,7 +179,7 @@ TEST_F(TagVocabulary, TablesHoldTheirNamesAndNothingPastThem) {
   for (int i = 0; i < n; ++i) {
     _KepBuiltInTagTable const& t = tables[i];
     ASSERT_EQ(std::make_tuple(t.start, t.end, t.count), bounds[i]) << t.name;
-    for (int k = 0; k < t.count; ++k) {
+    for (int k = 0; k < t.count; ++k) {  // placeholders too: every position is fixed
       ASSERT_EQ(KepProcess::nameToTag(KepString(t.names[k])), t.start + k) << t.names[k];
     }
     EXPECT_FALSE(KepProcess::tagToName(t.start + t.count - 1).isNull()) << t.name;

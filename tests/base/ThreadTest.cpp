@@ -45,7 +45,6 @@ class Job : public KepRunnable {
     KepThread* me = KepProcess::getCurrThread();
     if (me == nullptr) return -1;
     threadId = me->getThreadID();
-    name = me->getThreadName().toStdString();
     if (destroySelf) {
       me->destroyThread();  // only tells the thread to end
       selfCommand = me->getCommand();
@@ -64,7 +63,6 @@ class Job : public KepRunnable {
   std::atomic<int> threadId{0}, selfCommand{0};
   bool destroySelf = false;
   void (*wordDestroy)(void*) = nullptr;
-  std::string name;
   static inline std::atomic<int> live{0};
 };
 
@@ -84,9 +82,6 @@ TEST(ThreadObject, WithoutTheLibraryThereIsNoTableAndNullHandlesAnswerNeutrally)
   KepThread none;
   KepProcess::_addThreadToArray(none);  // ignored
   EXPECT_EQ(_KepThreadTableCount(), 0);
-  none.destroyThread();
-  none.setCommand(4);
-  EXPECT_EQ(none.getCommand(), 0);
   KepProcess::destroyThread(none);  // nothing to do
   EXPECT_EQ(KepRunnable().run(), 0);
 }
@@ -134,7 +129,6 @@ TEST_F(Threads, RunnableThreadKeepsItsNameAndStopsWhenDestroyedFromAnotherThread
     KepThread thread =
         KepProcess::createThread(flags, KepString("a-name-much-longer-than-23-chars"), *job, 5);
     ASSERT_TRUE(eventually([&] { return job->running.load(); }));
-    EXPECT_EQ(job->name, "a-name-much-longer-than");
     EXPECT_EQ(thread.getThreadName().toStdString(), "a-name-much-longer-than");
     EXPECT_EQ(job->threadId.load(), thread.getThreadID());
     EXPECT_EQ(thread.getCreateFlags(), flags);

@@ -22,18 +22,11 @@ struct Source {
 
   static int read(void* user, char* buffer, int offset, int size) {
     auto* s = static_cast<Source*>(user);
+    size_t n = s->text.copy(buffer + offset, static_cast<size_t>(size), s->position);
+    s->position += n;
     s->asked.push_back(size);
-    size_t left = s->text.size() - s->position;
-    int n;
-    if (left == 0 && s->endWithMinusOne) {
-      n = -1;
-    } else {
-      n = static_cast<int>(left < static_cast<size_t>(size) ? left : static_cast<size_t>(size));
-      s->text.copy(buffer + offset, static_cast<size_t>(n), s->position);
-      s->position += static_cast<size_t>(n);
-    }
-    s->given.push_back(n);
-    return n;
+    s->given.push_back(n == 0 && s->endWithMinusOne ? -1 : static_cast<int>(n));
+    return s->given.back();
   }
   static void start(void* user, char const* name, char const** attributes) {
     auto* s = static_cast<Source*>(user);
