@@ -54,18 +54,14 @@ TEST(TagManager, TablesLoadByPositionStayCurrentAndLeaveNothingWhenRefused) {
   EXPECT_EQ(bodyOf(m)->getNextTag(), 0x50100) << "a table past the next tag moves it on";
   EXPECT_EQ(m.add(KepString("after high")), 0x50001);
 
-  KepTagTable const withEmpty[] = {"bad", ""};
-  KepTagTable const bad[] = {"bad"};
-  struct Case {
-    int start, end, count;
-    KepTagTable const* table;
-  };
-  for (Case c : {Case{3000, 3999, 2, withEmpty}, Case{3000, 3999, 1, nullptr},
-                 Case{3999, 3000, 1, bad},   // end before start
-                 Case{100, 150, 1, bad},     // the same start again
-                 Case{150, 250, 1, bad}}) {  // overlapping a loaded range
-    EXPECT_EQ(m.loadTagTable(c.start, c.end, c.count, c.table), 0) << c.start << " " << c.end;
-  }
+  // Refused: an empty name, no table, the end before the start, the same start
+  // again, a range overlapping a loaded one.
+  KepTagTable const bad[] = {"bad", ""};
+  EXPECT_EQ(
+      (std::vector<int>{m.loadTagTable(3000, 3999, 2, bad), m.loadTagTable(3000, 3999, 1, nullptr),
+                        m.loadTagTable(3999, 3000, 1, bad), m.loadTagTable(100, 150, 1, bad),
+                        m.loadTagTable(150, 250, 1, bad)}),
+      std::vector<int>(5, 0));
   EXPECT_EQ(m.nameToTag("bad"), 0);
   EXPECT_EQ(m.add(KepString("still high")), 0x50002) << "the last good table stays current";
 }
@@ -220,7 +216,6 @@ TEST_F(TagVocabulary, NamesAreCaseSensitiveAndUnknownNamesGiveZero) {
   int lower = KepNameToTag("string");
   EXPECT_EQ((std::set<int>{lower, KepNameToTag("STRING"), 0x4002C}).size(), 3u);
   EXPECT_EQ(nameOf(lower), "string");
-  EXPECT_NE(KepNameToTag("DomElem"), 0x40010) << "a prefix is another name";
   // Bytes are widened one to one: byte 0xE9 is unit U+00E9, which U+01E9 is not.
   int bytes = KepNameToTag("caf\xe9");
   unsigned short units[] = {'c', 'a', 'f', 0xE9, 0};

@@ -18,6 +18,13 @@ namespace {
 
 using keptest::eventually;
 
+std::atomic<int> gWordsDestroyed{0};
+std::atomic<uintptr_t> gLastWord{0};
+void countWord(void* word) {
+  gLastWord = reinterpret_cast<uintptr_t>(word);
+  ++gWordsDestroyed;
+}
+
 int ownId() { return static_cast<int>(static_cast<uint32_t>(_KepThrdId())); }
 void nap() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
@@ -33,8 +40,9 @@ class Threads : public ::testing::Test {
   unsigned long handles_ = _KepMMTestLiveHandles();
 };
 
-// A runnable outer object: records what its thread sees and runs until it is
-// told to stop (command 4) or released, or destroys its own thread.
+// A runnable outer object: records what its thread sees, sets a thread word that
+// countWord destroys, and runs until it is told to stop (command 4), or destroys
+// its own thread.
 class Job : public KepRunnable {
  public:
   Job() : KepRunnable(nullptr, KepClassIdArg(KepClassID::Runnable)) { ++live; }
@@ -50,28 +58,18 @@ class Job : public KepRunnable {
       selfCommand = me->getCommand();
       return 1;
     }
-    if (wordDestroy != nullptr) KepRSharedData::set(KEP_SCOPE_THREAD, 4, 0x4321, wordDestroy);
+    KepRSharedData::set(KEP_SCOPE_THREAD, 4, 0x4321, countWord);
     running = true;
-    while (!release.load() && !stopped.load()) {
-      stopped = (me->getCommand() & KEP_THRD_COMMAND_STOP) != 0;
-      nap();
-    }
+    while ((me->getCommand() & KEP_THRD_COMMAND_STOP) == 0) nap();
+    stopped = true;
     return 1;
   }
 
-  std::atomic<bool> running{false}, release{false}, stopped{false};
+  std::atomic<bool> running{false}, stopped{false};
   std::atomic<int> threadId{0}, selfCommand{0};
   bool destroySelf = false;
-  void (*wordDestroy)(void*) = nullptr;
   static inline std::atomic<int> live{0};
 };
-
-std::atomic<int> gWordsDestroyed{0};
-std::atomic<uintptr_t> gLastWord{0};
-void countWord(void* word) {
-  gLastWord = reinterpret_cast<uintptr_t>(word);
-  ++gWordsDestroyed;
-}
 
 }  // namespace
 
@@ -169,11 +167,9 @@ TEST_F(Threads, HundredsOfThreadsStartAndEndRunningTheirDestroyFunctions) {
   std::vector<Job*> jobs;
   for (int i = 0; i < kRunnables; ++i) {
     jobs.push_back(new Job);
-    jobs.back()->wordDestroy = countWord;
     runnables.push_back(KepProcess::createThread(i % 2 * 4, KepString("r"), *jobs.back(), i));
   }
   for (Job* job : jobs) ASSERT_TRUE(eventually([job] { return job->running.load(); }));
-  for (Job* job : jobs) job->release = true;
   for (KepThread& t : runnables) KepProcess::destroyThread(t);
   ASSERT_TRUE(eventually([] { return gWordsDestroyed.load() == kProcedures + kRunnables; }));
   EXPECT_TRUE(eventually([] { return Job::live.load() == 0; }));
