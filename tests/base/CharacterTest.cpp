@@ -86,32 +86,27 @@ void checkWholePlane() {
   ASSERT_FALSE(spaces.empty());
   int failures = 0;
   for (int u = 0; u <= 0xFFFF && failures < 20; ++u) {
+    using C = KepCharacter;
     auto unit = static_cast<unsigned short>(u);
     UnitData const& d = data[static_cast<size_t>(u)];
     int type = typeNumber(d.category);
-    int expectedDigit = d.category == "Nd" ? d.decimal : letterValue(u);
     bool letter = type >= 1 && type <= 5;
-    bool ok = KepCharacter::getType(unit) == type &&
-              KepCharacter::toUpperCase(unit) == (d.upper >= 0 ? d.upper : u) &&
-              KepCharacter::toLowerCase(unit) == (d.lower >= 0 ? d.lower : u) &&
-              KepCharacter::digit(unit, 36) == expectedDigit &&
-              KepCharacter::isDigit(unit) == (type == 9) &&
-              KepCharacter::isLetter(unit) == letter &&
-              KepCharacter::isLetterOrDigit(unit) == (letter || type == 9) &&
-              KepCharacter::isUpperCase(unit) == (type == 1) &&
-              KepCharacter::isLowerCase(unit) == (type == 2) &&
-              KepCharacter::isTitleCase(unit) == (type == 3) &&
-              KepCharacter::isDefined(unit) == (type != 0) &&
-              KepCharacter::isSpaceChar(unit) == (type >= 12 && type <= 14) &&
-              KepCharacter::isWhitespace(unit) == (spaces.count(u) == 1);
-    if (!ok) {
-      ++failures;
-      ADD_FAILURE() << std::hex << "U+" << u << " (" << d.category << ") type "
-                    << KepCharacter::getType(unit) << " upper " << KepCharacter::toUpperCase(unit)
-                    << " lower " << KepCharacter::toLowerCase(unit) << " digit "
-                    << KepCharacter::digit(unit, 36) << " whitespace "
-                    << KepCharacter::isWhitespace(unit);
-    }
+    // The type, the case mappings and the digit value, then the classes.
+    std::vector<int> const values = {C::getType(unit), C::toUpperCase(unit), C::toLowerCase(unit),
+                                     C::digit(unit, 36)};
+    std::vector<unsigned long> const classes = {
+        C::isDigit(unit),     C::isLetter(unit),    C::isLetterOrDigit(unit),
+        C::isUpperCase(unit), C::isLowerCase(unit), C::isTitleCase(unit),
+        C::isDefined(unit),   C::isSpaceChar(unit), C::isWhitespace(unit)};
+    std::vector<int> const wantValues = {type, d.upper >= 0 ? d.upper : u,
+                                         d.lower >= 0 ? d.lower : u,
+                                         d.category == "Nd" ? d.decimal : letterValue(u)};
+    std::vector<unsigned long> const wantClasses = {
+        type == 9, letter,    letter || type == 9,      type == 1,           type == 2,
+        type == 3, type != 0, type >= 12 && type <= 14, spaces.count(u) == 1};
+    EXPECT_EQ(values, wantValues) << std::hex << "U+" << u << " " << d.category;
+    EXPECT_EQ(classes, wantClasses) << std::hex << "U+" << u << " " << d.category;
+    failures += values != wantValues || classes != wantClasses;
   }
 }
 
