@@ -142,15 +142,10 @@ KepDOMElement registryOf(
 }
 
 TEST_F(ErrorStack, RegistryEntriesNeedANameAndTheLastOfANameWins) {
-  int taken = KepProcess::registerErrors(registryOf({
-      {{"ErrorId", "4711"},
-       {"Name", "StackTestRegistered"},
-       {"Message", "Something went wrong"},
-       {"Level", "fatal"},
-       {"Service", "Tests"}},
-      {{"ErrorId", "12"}, {"Message", "no name: skipped"}},
-      {{"ErrorId", "13"}, {"Name", "StackTestLevels"}, {"Level", "2"}},
-  }));
+  int taken = KepProcess::registerErrors(
+      registryOf({{{"ErrorId", "4711"}, {"Name", "StackTestRegistered"}, {"Level", "fatal"}},
+                  {{"ErrorId", "12"}, {"Message", "no name: skipped"}},
+                  {{"ErrorId", "13"}, {"Name", "StackTestLevels"}, {"Level", "2"}}}));
   EXPECT_EQ(taken, 2);
   _KepErrorEntry entry;
   ASSERT_TRUE(_KepErrorRegistry::findById(13, entry));
