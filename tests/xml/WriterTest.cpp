@@ -430,17 +430,13 @@ TEST_F(DOMWriter, LargeOutputReachesTheStreamInBigBlocks) {
   }
 }
 
-TEST_F(DOMWriter, WritesIntoMemoryAndFileStreams) {
+TEST_F(DOMWriter, WritesIntoFileStreams) {
   doc.appendChild(el("Doc", {doc.createTextNode(units(u"\u00e9<"))}, {{"k", "v"}}));
   std::string expected = "<?xml version=\"1.0\"?><Doc k=\"v\">\xe9&lt;</Doc>";
-  KepStringBufferIOStream memory;
   KepDOMWriter writer = newWriter();
-  EXPECT_EQ(writer.serializeAsXML(doc, memory), 1u);
-  EXPECT_EQ(KepRIOStream::narrow(memory.toString(0, -1)), expected);
-
   keptest::TempDir dir;
   KepFile file{KepString(dir.file("out.xml").c_str())};
-  writer.serializeAsXML(doc, file);
+  EXPECT_EQ(writer.serializeAsXML(doc, file), 1u);
   file.close();
   std::ifstream in(dir.file("out.xml"), std::ios::binary);
   std::stringstream read;
