@@ -28,6 +28,13 @@ class DOMOwnership : public ::testing::Test {
   }
 };
 
+// A counted element named `name`, appended to `doc` as its document element.
+KepDOMElement documentElement(KepDOMDocument& doc, char const* name) {
+  KepDOMElement e = countedElement(doc, name);
+  doc.appendChild(e);
+  return e;
+}
+
 // Grows a random tree of `n` counted elements and texts below `root`, with an
 // attribute here and there; answers the nodes made.
 std::vector<KepDOMNode> growRandomTree(KepDOMDocument& doc, KepDOMElement root, int n,
@@ -36,18 +43,13 @@ std::vector<KepDOMNode> growRandomTree(KepDOMDocument& doc, KepDOMElement root, 
   std::vector<KepDOMElement> parents{root};
   std::vector<KepDOMNode> made;
   for (int i = 0; i < n; ++i) {
-    KepDOMElement& parent = parents[random() % parents.size()];
-    if (random() % 4 == 0) {
-      KepDOMText t = countedText(doc, "leaf");
-      parent.appendChild(t);
-      made.push_back(t);
-    } else {
-      KepDOMElement e = countedElement(doc, "node");
-      parent.appendChild(e);
-      if (random() % 3 == 0) e.setAttribute("n", KepString::valueOf(i));
-      parents.push_back(e);
-      made.push_back(e);
-    }
+    KepDOMElement parent = parents[random() % parents.size()];
+    bool leaf = random() % 4 == 0;
+    made.push_back(leaf ? KepDOMNode(countedText(doc, "leaf")) : countedElement(doc, "node"));
+    parent.appendChild(made.back());
+    if (leaf) continue;
+    parents.emplace_back(made.back());
+    if (random() % 3 == 0) parents.back().setAttribute("n", KepString::valueOf(i));
   }
   return made;
 }
@@ -57,8 +59,7 @@ std::vector<KepDOMNode> growRandomTree(KepDOMDocument& doc, KepDOMElement root, 
 TEST_F(DOMOwnership, DroppingTheDocumentFreesTheTreeAndACopyGoesWithItsFragment) {
   {
     KepDOMDocument doc = newDocument();
-    KepDOMElement root = countedElement(doc, "root");
-    doc.appendChild(root);
+    KepDOMElement root = documentElement(doc, "root");
     growRandomTree(doc, root, 1500, 7);
     EXPECT_EQ(LiveBodies::count(), 1501);
     int count = 0;
@@ -81,8 +82,7 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
   KepDOMText keptLeaf;
   {
     KepDOMDocument doc = newDocument();
-    KepDOMElement root = countedElement(doc, "root");
-    doc.appendChild(root);
+    KepDOMElement root = documentElement(doc, "root");
     KepDOMElement middle = countedElement(doc, "middle");
     root.appendChild(middle);
     middle.appendChild(countedElement(doc, "before"));
@@ -114,10 +114,8 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
 TEST_F(DOMOwnership, RemovedAndMovedNodesAreFreedWithTheirLastHolder) {
   KepDOMDocument one = newDocument();
   KepDOMDocument two = newDocument();
-  KepDOMElement r1 = countedElement(one, "r1");
-  KepDOMElement r2 = countedElement(two, "r2");
-  one.appendChild(r1);
-  two.appendChild(r2);
+  KepDOMElement r1 = documentElement(one, "r1");
+  KepDOMElement r2 = documentElement(two, "r2");
   std::vector<KepDOMNode> nodes = growRandomTree(one, r1, 300, 11);
   int total = LiveBodies::count();
   // Move a few subtrees into the other document, drop a few others.
@@ -146,8 +144,7 @@ TEST_F(DOMOwnership, RemovedAndMovedNodesAreFreedWithTheirLastHolder) {
 TEST_F(DOMOwnership, AVeryDeepTreeIsFreedWithoutRecursion) {
   {
     KepDOMDocument doc = newDocument();
-    KepDOMElement top = countedElement(doc, "top");
-    doc.appendChild(top);
+    KepDOMElement top = documentElement(doc, "top");
     KepDOMElement at = top;
     for (int i = 0; i < 200000; ++i) {
       KepDOMElement next = countedElement(doc, "deep");
@@ -169,8 +166,7 @@ TEST_F(DOMOwnership, ListsAndMapsHoldTheirNodes) {
   KepDOMNamedNodeMap attributes;
   {
     KepDOMDocument doc = newDocument();
-    KepDOMElement root = countedElement(doc, "root");
-    doc.appendChild(root);
+    KepDOMElement root = documentElement(doc, "root");
     for (int i = 0; i < 5; ++i) root.appendChild(countedElement(doc, "item"));
     KepDOMAttribute a(static_cast<KepBridgeToObject*>(new domtest::CountedAttribute()));
     a.setNodeName("counted");
@@ -191,8 +187,7 @@ TEST_F(DOMOwnership, ListsAndMapsHoldTheirNodes) {
 TEST_F(DOMOwnership, ValuesThatWouldHoldTheirOwnTreeAreRefused) {
   {
     KepDOMDocument doc = newDocument();
-    KepDOMElement root = countedElement(doc, "root");
-    doc.appendChild(root);
+    KepDOMElement root = documentElement(doc, "root");
     KepDOMElement child = countedElement(doc, "child");
     root.appendChild(child);
     EXPECT_TRUE(child.set("Self", KepDOMNode(child)).isNull());
