@@ -52,24 +52,6 @@ TEST(XMLParserInput, ReadsBlocksOf32767BytesUntilAShortRead) {
   }
 }
 
-TEST(XMLParserInput, MarkupSplitAcrossBlocksIsJoined) {
-  // Element names, attributes and text straddle every block boundary.
-  std::string xml = "<root>";
-  int n = 0;
-  while (xml.size() < 3 * 32767 + 100) {
-    xml += "<item number=\"" + std::to_string(n) + "\">text " + std::to_string(n) + "</item>";
-    ++n;
-  }
-  xml += "</root>";
-  KepDOMElement r = root(xml);
-  ASSERT_EQ(r.getChildCount(), n);
-  int i = 0;
-  for (KepDOMElement item(r.getFirstChild()); !item.isNull(); item = item.getNextSibling(), ++i) {
-    ASSERT_EQ(text(item.getAttribute(KepString("number"))), std::to_string(i));
-    ASSERT_EQ(text(item.getString()), "text " + std::to_string(i));
-  }
-}
-
 TEST(XMLParserInput, MalformedInputFailsWithTheTokenizersPositionOnTheThread) {
   KepThread* thread = KepProcess::getCurrThread();
   struct Case {

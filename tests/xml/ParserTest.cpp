@@ -96,9 +96,10 @@ TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
 }
 
 TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
-  // Enough nodes to fill many of the blocks the parser places its nodes in.
+  // Enough nodes to fill many of the blocks the parser places its nodes in, and
+  // enough bytes for names, attributes and text to straddle three read blocks.
   std::string xml = "<r>";
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 4500; ++i) {
     xml += "<e n=\"" + std::to_string(i) + "\">text " + std::to_string(i) + "</e>";
   }
   xml += "</r>";
@@ -111,7 +112,8 @@ TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
     }
     keptAttribute = kept[1500].getAttributeNode("n");
   }
-  ASSERT_EQ(kept.size(), 3000u);
+  ASSERT_GT(xml.size(), 3u * KepRXMLParser::kReadBlock);
+  ASSERT_EQ(kept.size(), 4500u);
   EXPECT_TRUE(kept[1500].getParentNode().isNull());
   EXPECT_EQ(text(kept[1500].getString()), "text 1500");
   EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept[1500]));
@@ -122,6 +124,7 @@ TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
     threads.emplace_back([&kept, t] {
       for (size_t i = t; i < kept.size(); i += 4) {
         EXPECT_EQ(text(kept[i].getString()), "text " + std::to_string(i));
+        EXPECT_EQ(text(kept[i].getAttribute("n")), std::to_string(i));
         kept[i] = KepDOMElement();
       }
     });
