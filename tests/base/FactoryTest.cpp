@@ -14,11 +14,8 @@ using keptest::ScopedKepInit;
 
 namespace {
 
-constexpr int kClassA = 0x4f0100;
-constexpr int kAnnounced = 0x4f0101;
-constexpr int kAnnouncedSilent = 0x4f0102;
-constexpr int kService = 0x4f0200;
-constexpr int kSilentService = 0x4f0201;
+constexpr int kClassA = 0x4f0100, kAnnounced = 0x4f0101, kAnnouncedSilent = 0x4f0102;
+constexpr int kService = 0x4f0200, kSilentService = 0x4f0201;
 
 // The services' side of announced classes: kService registers kAnnounced when it
 // is started; kSilentService registers nothing.
@@ -29,12 +26,6 @@ bool startService(int serviceId) {
   KepFactory::registerInternalClass(kAnnounced, KepObject::newObject(), new CountedBody);
   return true;
 }
-
-// A second counted class, to tell prototypes apart.
-class OtherBody : public CountedBody {
- public:
-  KepObject createAnother() const override { return KepObject(new OtherBody()); }
-};
 
 // Two counted classes that both answer the class id kClassA.
 class BodyA : public CountedBody {
@@ -123,7 +114,7 @@ TEST_F(Factory, ConcurrentRequestsAndRegistrationsAreSerialised) {
       int own = 0x4f0300 + t;
       for (int i = 0; i < 200; ++i) {
         if (!KepGetObject(kClassA, 0).isNull()) ++made;
-        KepFactory::registerInternalClass(own, KepObject::newObject(), new OtherBody);
+        KepFactory::registerInternalClass(own, KepObject::newObject(), new CountedBody);
         KepFactory::unregisterClass(own);
       }
     });

@@ -38,17 +38,34 @@ KEP_METHODS_Counter(KEP_DECLARE_BRIDGE)
   std::atomic<int> value{0};
 };
 
-KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_METHOD)
+KEP_METHODS_Counter(KEP_DEFINE_BRIDGE) KEP_METHODS_Counter(KEP_DEFINE_HANDLE_METHOD);
 
-    namespace {
-  bool acquiredWithin(std::atomic<bool> const& flag, int ms) {
-    auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    while (std::chrono::steady_clock::now() < until) {
-      if (flag.load()) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return flag.load();
+namespace {
+
+// Runs `work(t)` for t = 0 .. n - 1, each on its own thread, and waits for all.
+template <class Work>
+void onThreads(int n, Work work) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < n; ++t) threads.emplace_back(work, t);
+  for (auto& thread : threads) thread.join();
+}
+
+// A body that fills its own storage with a pattern made from its address and
+// checks it when it goes: a body handed storage smaller than itself, or storage
+// another live body uses, breaks a pattern.
+template <int kWords>
+class PatternBody : public keptest::CountedBody {
+ public:
+  PatternBody() {
+    for (int i = 0; i < kWords; ++i) words[i] = seal(i);
   }
+  ~PatternBody() override {
+    for (int i = 0; i < kWords; ++i) broken += words[i] != seal(i);
+  }
+  uintptr_t seal(int i) const { return reinterpret_cast<uintptr_t>(this) * 31 + i; }
+  uintptr_t words[kWords];
+  static inline std::atomic<int> broken{0};
+};
 
 }  // namespace
 
@@ -83,13 +100,9 @@ TEST(ObjectLock, OnlyTheCreatorsBracketOrAnExplicitLockMakesTheSemaphore) {
 TEST(ObjectLock, BracketedCallsOfABodyItsCreatorWrappedAreSerialisedOnEveryThread) {
   KepCounter c(new KepRCounter);
   constexpr int kThreads = 4, kBumps = 500;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([c] {
-      for (int i = 0; i < kBumps; ++i) const_cast<KepCounter&>(c).bump(1);
-    });
-  }
-  for (auto& t : threads) t.join();
+  onThreads(kThreads, [c](int) {
+    for (int i = 0; i < kBumps; ++i) const_cast<KepCounter&>(c).bump(1);
+  });
   EXPECT_EQ(c.peek(), kThreads * kBumps);
   EXPECT_TRUE(c.getRealKepObj()->hasSemaphore());
 }
@@ -108,13 +121,14 @@ TEST(ObjectLock, ThreeLocksNeedThreeUnlocksBeforeAnotherThreadGetsIn) {
   });
   o.unlock();
   o.unlock();
-  EXPECT_FALSE(acquiredWithin(got, 100));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // time to get in, wrongly
+  EXPECT_FALSE(got.load());
   o.unlock();
   other.join();
   EXPECT_TRUE(got.load());
 }
 
-TEST(ObjectLock, AHardLockBlocksBracketedCallsWhichThenSerialise) {
+TEST(ObjectLock, AHardLockBlocksBracketedCallsOfOtherThreads) {
   KepCounter c(new KepRCounter);
   c.lock();  // makes the semaphore, so every thread's bracket is real
   std::atomic<bool> done{false};
@@ -122,35 +136,24 @@ TEST(ObjectLock, AHardLockBlocksBracketedCallsWhichThenSerialise) {
     c.bump(5);
     done = true;
   });
-  EXPECT_FALSE(acquiredWithin(done, 100));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_FALSE(done.load());
   EXPECT_EQ(c.peek(), 0);
   c.unlock();
   other.join();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 500; ++i) c.bump(1);
-    });
-  }
-  for (auto& t : threads) t.join();
-  EXPECT_EQ(c.peek(), 2005);
+  EXPECT_EQ(c.peek(), 5);
 }
 
 TEST(ObjectLock, CountsStayExactUnderConcurrentCopiesAndReleases) {
   auto* body = new keptest::CountedBody;
   {
     KepObject root(body);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-      threads.emplace_back([&] {
-        for (int i = 0; i < 20000; ++i) {
-          KepObject copy(root);
-          KepObject other;
-          other = copy;
-        }
-      });
-    }
-    for (auto& t : threads) t.join();
+    onThreads(4, [&](int) {
+      for (int i = 0; i < 20000; ++i) {
+        KepObject copy(root), other;
+        other = copy;
+      }
+    });
     EXPECT_EQ(body->getRefCount(), 1);
   }
   EXPECT_EQ(keptest::CountedBody::live.load(), 0);
@@ -158,36 +161,10 @@ TEST(ObjectLock, CountsStayExactUnderConcurrentCopiesAndReleases) {
   for (int round = 0; round < 200; ++round) {
     auto* a = new KepObject(new keptest::CountedBody);
     auto* b = new KepObject(*a);
-    std::thread t1([&] { delete a; });
-    std::thread t2([&] { delete b; });
-    t1.join();
-    t2.join();
+    onThreads(2, [&](int t) { delete (t == 0 ? a : b); });
     ASSERT_EQ(keptest::CountedBody::live.load(), 0);
   }
 }
-
-namespace {
-
-// A body that fills its own storage with a pattern made from its address and
-// checks it when it goes: a body handed storage smaller than itself, or storage
-// another live body uses, breaks a pattern.
-template <int kWords>
-class PatternBody : public keptest::CountedBody {
- public:
-  PatternBody() {
-    for (int i = 0; i < kWords; ++i) words[i] = seal(i);
-  }
-  ~PatternBody() override {
-    for (int i = 0; i < kWords; ++i) {
-      if (words[i] != seal(i)) ++broken;
-    }
-  }
-  uintptr_t seal(int i) const { return reinterpret_cast<uintptr_t>(this) * 31 + i; }
-  uintptr_t words[kWords];
-  static inline std::atomic<int> broken{0};
-};
-
-}  // namespace
 
 TEST(ObjectLock, BodyStorageIsReusedOnlyForBodiesOfItsSizeAlsoAcrossThreads) {
   using Small = PatternBody<1>;
@@ -199,18 +176,12 @@ TEST(ObjectLock, BodyStorageIsReusedOnlyForBodiesOfItsSizeAlsoAcrossThreads) {
     for (int i = 0; i < 64; ++i) {
       made.emplace_back(i % 3 == 0 ? static_cast<KepRObject*>(new Large) : new Small);
     }
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-      threads.emplace_back([&made, t] {
-        for (size_t i = t; i < made.size(); i += 4) made[i] = KepObject();
-        for (int i = 0; i < 200; ++i) {
-          KepObject small(new Small);
-          KepObject large(new Large);
-          KepObject again(new Small);
-        }
-      });
-    }
-    for (auto& t : threads) t.join();
+    onThreads(4, [&made](int t) {
+      for (size_t i = t; i < made.size(); i += 4) made[i] = KepObject();
+      for (int i = 0; i < 200; ++i) {
+        KepObject small(new Small), large(new Large), again(new Small);
+      }
+    });
   }
   EXPECT_EQ(Small::broken.load() + Large::broken.load(), 0);
   EXPECT_EQ(keptest::CountedBody::live.load(), 0);

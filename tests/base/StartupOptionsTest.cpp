@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "kep/Kep.h"
 #include "support/KepLogCapture.h"
@@ -11,14 +12,18 @@ namespace {
 
 class StartupOptions : public ::testing::Test {
  protected:
-  // Writes the options file and reads it with `logDefault`.
-  void read(std::string const& xml, int logDefault = 1) {
-    keptest::writeFile(path_, xml);
-    readOnly(logDefault);
-  }
-  void readOnly(int logDefault = 1) {
+  // Writes the options file (unless `xml` is null) and reads it with `logDefault`.
+  void read(char const* xml, int logDefault = 1) {
+    if (xml != nullptr) keptest::writeFile(path_, xml);
     processes_ = -1;
     _KepGetStartupOptions(0, logDefault, processes_, nullptr);
+  }
+  void read(std::string const& xml, int logDefault = 1) { read(xml.c_str(), logDefault); }
+  // The diagnostics words, the debugger word and the processes count.
+  std::vector<unsigned long> words() const {
+    return {gDiagKepAlloc.load(),       gDiagCPPAlloc.load(),
+            _gKepDiagQBAlloc.load(),    gDiagKep.load(),
+            gKepDebuggerOptions.load(), static_cast<unsigned long>(processes_)};
   }
   static std::string diagnostics(std::string const& allocator, std::string const& words) {
     return "<" + allocator + "><Diagnostics>" + words + "</Diagnostics></" + allocator + ">";
@@ -33,7 +38,7 @@ class StartupOptions : public ::testing::Test {
 
 TEST_F(StartupOptions, WithoutAFileTheLogWordIsKepInitsSecondArgumentAndZeroMeans130) {
   gDiagKep.store(1);
-  readOnly(36);
+  read(nullptr, 36);
   EXPECT_EQ(gKepLogOptions.load(), 36u);
   EXPECT_EQ(processes_, 0);
   EXPECT_EQ(gDiagKep.load(), 1u) << "the other words are kept";
@@ -84,12 +89,8 @@ TEST_F(StartupOptions, DiagnosticsWordsAreSubstringTestsInTheirPlaceOnly) {
        diagnostics("KEP", "<InstanceCount/>") +
        "</MemoryManager><Debugger><NameTable/></Debugger>"
        "<General><Processes>12</Processes></General></Startup>");
-  EXPECT_EQ(gDiagKepAlloc.load(), 0x103u);
-  EXPECT_EQ(gDiagCPPAlloc.load(), 24u);
-  EXPECT_EQ(_gKepDiagQBAlloc.load(), 1u) << "InstanceCount contains Count";
-  EXPECT_EQ(gDiagKep.load(), 1u);
-  EXPECT_EQ(gKepDebuggerOptions.load(), 1u);
-  EXPECT_EQ(processes_, 12);
+  // QBAlloc's InstanceCount contains Count.
+  EXPECT_EQ(words(), (std::vector<unsigned long>{0x103, 24, 1, 1, 1, 12}));
 
   // A file read again sets every word afresh. KEP outside MemoryManager,
   // Diagnostics outside an allocator, and words under an unknown element are
@@ -98,12 +99,7 @@ TEST_F(StartupOptions, DiagnosticsWordsAreSubstringTestsInTheirPlaceOnly) {
        "<MemoryManager><Diagnostics><Count/></Diagnostics>" + diagnostics("CPPAlloc", "") +
        "<Unknown><Diagnostics><Sizes/></Diagnostics></Unknown></MemoryManager>"
        "<Debugger><Other/></Debugger><General><Processes>x</Processes></General></Startup>");
-  EXPECT_EQ(gDiagKep.load(), 0u);
-  EXPECT_EQ(gDiagKepAlloc.load(), 0u);
-  EXPECT_EQ(gDiagCPPAlloc.load(), 0u);
-  EXPECT_EQ(_gKepDiagQBAlloc.load(), 0u);
-  EXPECT_EQ(gKepDebuggerOptions.load(), 0u);
-  EXPECT_EQ(processes_, 0);
+  EXPECT_EQ(words(), std::vector<unsigned long>(6, 0));
 }
 
 TEST_F(StartupOptions, LargeFilesAreReadWholeButLongWordListsAndTextsAreCut) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kep/Kep.h"
 #include "support/KepLogCapture.h"
@@ -23,18 +24,16 @@ class StartupShutdown : public ::testing::Test {
   keptest::LogCapture log_;
 };
 
-void expectSubsystemCounts(int n) {
-  EXPECT_EQ(Kep::initCount(), n);
-  EXPECT_EQ(KepLogger::initCount(), n);
-  EXPECT_EQ(KepDebugger::initCount(), n);
-  EXPECT_EQ(KepMemory::initCount(), n);
-  EXPECT_EQ(KepProcess::initCount(), n);
+// Each subsystem's own count of live inits.
+std::vector<int> subsystemCounts() {
+  return {Kep::initCount(), KepLogger::initCount(), KepDebugger::initCount(),
+          KepMemory::initCount(), KepProcess::initCount()};
 }
 
 TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
   Kep::init(0);
   Kep::init(0);
-  expectSubsystemCounts(2);
+  EXPECT_EQ(subsystemCounts(), std::vector<int>(5, 2));
   EXPECT_EQ(log_.count("Initializating KEP, invocation #2, for current process"), 1u);
   EXPECT_EQ(log_.count("Initializating KepFactory, invocation #2, for current process"), 1u);
   int classes = KepFactory::classCount();
@@ -43,7 +42,7 @@ TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
   EXPECT_EQ(classes, libraryClasses) << "every library class is registered";
 
   Kep::destroy();
-  expectSubsystemCounts(1);
+  EXPECT_EQ(subsystemCounts(), std::vector<int>(5, 1));
   EXPECT_EQ(log_.count("Unregistering classes"), 0u);
   EXPECT_EQ(KepFactory::classCount(), classes) << "the classes stay while one init lives";
   EXPECT_FALSE(KepProcess::isShuttingDown());
@@ -52,7 +51,7 @@ TEST_F(StartupShutdown, NestedInitsShareOneStartUpAndTheLastDestroyEndsIt) {
   Kep::destroy();
 
   Kep::destroy();
-  expectSubsystemCounts(0);
+  EXPECT_EQ(subsystemCounts(), std::vector<int>(5, 0));
   EXPECT_EQ(log_.count("Unregistering classes"), 1u);
   EXPECT_TRUE(KepProcess::isShuttingDown());
   EXPECT_TRUE(KepProcess::getTagManager().isNull());
@@ -138,9 +137,8 @@ TEST_F(StartupShutdown, ABareHostReportsNoLiveBlocksAndNoLiveInstances) {
   FILE* child = popen(command.c_str(), "r");
   ASSERT_NE(child, nullptr);
   std::string output;
-  char buffer[4096];
-  size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, child)) > 0) output.append(buffer, n);
+  for (char buffer[4096]; size_t n = std::fread(buffer, 1, sizeof buffer, child);)
+    output.append(buffer, n);
   EXPECT_EQ(pclose(child), 0) << output;
 
   // The start-up's own check lists the blocks it keeps while the library is up;

@@ -1,5 +1,5 @@
 // KepString: construction, comparison, search, hashing, case mapping, slicing and
-// number formatting.
+// number formatting; KepStringTokenizer.
 #include <gtest/gtest.h>
 
 #include <charconv>
@@ -34,6 +34,15 @@ uint32_t polynomial(std::u16string const& u, unsigned factor, size_t step) {
   return static_cast<uint32_t>(exact);
 }
 
+// The tokens left in a tokenizer.
+std::vector<std::string> tokensOf(KepStringTokenizer& t) {
+  std::vector<std::string> out;
+  while (t.hasMoreTokens()) out.push_back(t.nextToken().toStdString());
+  return out;
+}
+
+using Tokens = std::vector<std::string>;
+
 }  // namespace
 
 TEST(String, ConstructionWidensBytesUnsignedAndKeepsZeroUnitsInsideACount) {
@@ -60,14 +69,8 @@ TEST(String, ConstructionWidensBytesUnsignedAndKeepsZeroUnitsInsideACount) {
   EXPECT_EQ(KepString(static_cast<unsigned short const*>(nullptr), 0, 5).length(), 0);
 }
 
-TEST(String, NullHandleAnswersNeutralResultsAndNullArgumentsAreAbsent) {
-  KepString null;
-  KepString s("abc");
-  EXPECT_EQ(null.length(), 0);
-  EXPECT_EQ(null.hashCode(), 0);
-  EXPECT_TRUE(null.substring(0).isNull());
-  EXPECT_EQ(null.toCharArray(), nullptr);
-
+TEST(String, NullArgumentsAreAbsent) {
+  KepString null, s("abc");
   EXPECT_EQ(s.compareTo(null), -1);
   EXPECT_EQ(s.equals(null), 0u);
   EXPECT_EQ(s.startsWith(null), 0u);
@@ -80,11 +83,11 @@ TEST(String, NullHandleAnswersNeutralResultsAndNullArgumentsAreAbsent) {
 }
 
 TEST(String, ComparisonsWalkToTheFirstDifferentUnit) {
-  EXPECT_EQ(k("abc").compareTo(k("abc")), 0);
-  EXPECT_EQ(k("abd").compareTo(k("abc")), 1);
-  EXPECT_EQ(k("ab").compareTo(k("abc")), -'c') << "the terminator meets 'c'";
-  EXPECT_EQ(k("abc").compareTo(k("ab")), 'c');
-  EXPECT_EQ(fromUnits(u"a\xFFFF").compareTo(k("a")), 0xFFFF) << "units compare unsigned";
+  // A shorter string's terminator meets the other's unit; units compare unsigned.
+  EXPECT_EQ((std::vector<int>{k("abc").compareTo(k("abc")), k("abd").compareTo(k("abc")),
+                              k("ab").compareTo(k("abc")), k("abc").compareTo(k("ab")),
+                              fromUnits(u"a\xFFFF").compareTo(k("a"))}),
+            (std::vector<int>{0, 1, -'c', 'c', 0xFFFF}));
   // Differences far into long strings, on both sides of the 4-unit steps.
   std::string base(4099, 'q');
   for (size_t at : {0u, 3u, 4u, 4095u, 4098u}) {
@@ -109,18 +112,17 @@ TEST(String, ComparisonsWalkToTheFirstDifferentUnit) {
 }
 
 TEST(String, RegionMatchesEdges) {
-  KepString s("Hello World");
-  KepString w("WORLD");
-  EXPECT_TRUE(s.regionMatches(1, 6, w, 0, 5));
-  EXPECT_FALSE(s.regionMatches(0, 6, w, 0, 5));
-  EXPECT_FALSE(s.regionMatches(1, 6, w, 0, 0)) << "len 0 is false";
-  EXPECT_FALSE(s.regionMatches(1, 0, s, 0, 0));
-  EXPECT_FALSE(s.regionMatches(1, -1, w, 0, 1));
-  EXPECT_FALSE(s.regionMatches(1, 0, w, -1, 1));
-  EXPECT_FALSE(s.regionMatches(1, 7, w, 0, 5)) << "runs past this string";
-  EXPECT_FALSE(s.regionMatches(1, 6, w, 1, 5)) << "runs past the other string";
-  EXPECT_TRUE(s.regionMatches(1, 10, w, 4, 1)) << "last unit of both";
-  EXPECT_FALSE(s.regionMatches(1, 0, w, 0, INT_MAX));
+  KepString s("Hello World"), w("WORLD");
+  // Ignoring case: a match, a mismatch, length 0 (false), negative offsets,
+  // regions running past this string or the other, the last unit of both, and a
+  // huge length.
+  EXPECT_EQ((std::vector<unsigned long>{
+                s.regionMatches(1, 6, w, 0, 5), s.regionMatches(0, 6, w, 0, 5),
+                s.regionMatches(1, 6, w, 0, 0), s.regionMatches(1, 0, s, 0, 0),
+                s.regionMatches(1, -1, w, 0, 1), s.regionMatches(1, 0, w, -1, 1),
+                s.regionMatches(1, 7, w, 0, 5), s.regionMatches(1, 6, w, 1, 5),
+                s.regionMatches(1, 10, w, 4, 1), s.regionMatches(1, 0, w, 0, INT_MAX)}),
+            (std::vector<unsigned long>{1, 0, 0, 0, 0, 0, 0, 0, 1, 0}));
   // Case-insensitive matching goes through upper case, then lower case of that.
   EXPECT_TRUE(fromUnits(u"\x01C5").regionMatches(1, 0, fromUnits(u"\x01C4"), 0, 1)) << "Dz, DZ";
   EXPECT_TRUE(fromUnits(u"\x03C2").regionMatches(1, 0, fromUnits(u"\x03A3"), 0, 1)) << "sigma";
@@ -128,31 +130,23 @@ TEST(String, RegionMatchesEdges) {
 }
 
 TEST(String, SearchEdges) {
-  KepString s("abcabc");
-  EXPECT_EQ(s.indexOf(u'c', 3), 5);
-  EXPECT_EQ(s.indexOf(u'c', -7), 2);
-  EXPECT_EQ(s.indexOf(u'c', 6), -1);
-  EXPECT_EQ(s.indexOf(k("abc"), 3), 3);
-  EXPECT_EQ(s.indexOf(k("abc"), 4), -1);
-  EXPECT_EQ(s.indexOf(k("abcabcx")), -1);
-  EXPECT_EQ(s.indexOf(k("")), -1) << "an empty argument is never found";
-  EXPECT_EQ(s.lastIndexOf(u'a', 2), 0);
-  EXPECT_EQ(s.lastIndexOf(u'a', 99), 3) << "from past the end is the last unit";
-  EXPECT_EQ(s.lastIndexOf(u'a', -1), -1);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), 2), 0);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), 99), 3);
-  EXPECT_EQ(s.lastIndexOf(k("abc"), -1), -1);
-  EXPECT_EQ(s.lastIndexOf(k("")), 6) << "an empty argument answers from, lowered";
-  EXPECT_EQ(s.lastIndexOf(k(""), 2), 2);
-
-  KepString p("prefix.suffix");
-  EXPECT_TRUE(p.startsWith(k("suffix"), 7));
-  EXPECT_FALSE(p.startsWith(k("suffix"), 8));
-  EXPECT_FALSE(p.startsWith(k("pre"), -1));
-  EXPECT_FALSE(p.startsWith(k("")));
-  EXPECT_TRUE(p.endsWith(p));
-  EXPECT_FALSE(p.endsWith(k("")));
-  EXPECT_FALSE(k("x").endsWith(k("xx")));
+  KepString s("abcabc"), p("prefix.suffix");
+  // Starting positions before, inside and past the string; an empty argument is
+  // never found forwards, and found at `from`, lowered to the length, backwards.
+  EXPECT_EQ((std::vector<int>{s.indexOf(u'c', 3), s.indexOf(u'c', -7), s.indexOf(u'c', 6),
+                              s.indexOf(k("abc"), 3), s.indexOf(k("abc"), 4),
+                              s.indexOf(k("abcabcx")), s.indexOf(k(""))}),
+            (std::vector<int>{5, 2, -1, 3, -1, -1, -1}));
+  EXPECT_EQ((std::vector<int>{s.lastIndexOf(u'a', 2), s.lastIndexOf(u'a', 99),
+                              s.lastIndexOf(u'a', -1), s.lastIndexOf(k("abc"), 2),
+                              s.lastIndexOf(k("abc"), 99), s.lastIndexOf(k("abc"), -1),
+                              s.lastIndexOf(k("")), s.lastIndexOf(k(""), 2)}),
+            (std::vector<int>{0, 3, -1, 0, 3, -1, 6, 2}));
+  EXPECT_EQ(
+      (std::vector<unsigned long>{p.startsWith(k("suffix"), 7), p.startsWith(k("suffix"), 8),
+                                  p.startsWith(k("pre"), -1), p.startsWith(k("")), p.endsWith(p),
+                                  p.endsWith(k("")), k("x").endsWith(k("xx"))}),
+      (std::vector<unsigned long>{1, 0, 0, 0, 1, 0, 0}));
 
   // Every position of a long text, found by the fast scan and checked by a plain one.
   std::mt19937 rng(7);
@@ -185,27 +179,28 @@ TEST(String, HashIsThePolynomialOfShortStringsAndOfAboutEightSamplesOfLongOnes) 
 
   std::u16string text(4096, u'x');
   for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char16_t>(u'a' + i % 26);
+  auto hashWithHashAt = [&text](size_t at) {
+    std::u16string changed = text;
+    changed[at] = u'#';
+    return fromUnits(changed).hashCode();
+  };
   int h = fromUnits(text).hashCode();
-  std::u16string between = text;  // units between the samples (every 512th) do not count
-  between[1] = u'#';
-  between[4095] = u'#';
-  EXPECT_EQ(fromUnits(between).hashCode(), h);
-  std::u16string sampled = text;
-  sampled[512] = u'#';
-  EXPECT_NE(fromUnits(sampled).hashCode(), h);
+  // Units between the samples (every 512th) do not count.
+  EXPECT_EQ((std::vector<int>{hashWithHashAt(1), hashWithHashAt(4095)}), std::vector<int>(2, h));
+  EXPECT_NE(hashWithHashAt(512), h);
 }
 
 TEST(String, SlicingAnswersTheSameBodyWhenNothingChanges) {
   KepString abc("abc");
   EXPECT_EQ(abc.substring(1, -1).toStdString(), "bc");
-  EXPECT_TRUE(abc.substring(2, 1).isNull());
-  EXPECT_TRUE(abc.substring(-1, 2).isNull());
-  EXPECT_TRUE(abc.substring(0, 4).isNull());
   EXPECT_EQ(abc.substring(3).length(), 0);
-  EXPECT_EQ(bodyOf(abc.substring(0, 3)), bodyOf(abc));
-  EXPECT_EQ(bodyOf(abc.trim()), bodyOf(abc));
-  EXPECT_EQ(bodyOf(abc.replace(u'z', u'y')), bodyOf(abc));
-  EXPECT_EQ(bodyOf(abc.concat(k(""))), bodyOf(abc));
+  // Ends out of order or outside the string give a null string.
+  EXPECT_EQ((std::vector<KepRObject*>{bodyOf(abc.substring(2, 1)), bodyOf(abc.substring(-1, 2)),
+                                      bodyOf(abc.substring(0, 4))}),
+            std::vector<KepRObject*>(3, nullptr));
+  EXPECT_EQ((std::vector<KepRObject*>{bodyOf(abc.substring(0, 3)), bodyOf(abc.trim()),
+                                      bodyOf(abc.replace(u'z', u'y')), bodyOf(abc.concat(k("")))}),
+            std::vector<KepRObject*>(4, bodyOf(abc)));
   EXPECT_EQ(k("\x20 in  side\x1f").trim().toStdString(), "in  side");
   EXPECT_EQ(fromUnits(u"\x00A0x\x00A0").trim().length(), 3) << "only units <= 0x20 are trimmed";
   EXPECT_EQ(k("banana").replace(u'a', u'o').toStdString(), "bonono");
@@ -213,13 +208,9 @@ TEST(String, SlicingAnswersTheSameBodyWhenNothingChanges) {
 }
 
 TEST(String, CaseMappingUsesSimpleMappingsAndExpandsSharpS) {
-  KepString word = fromUnits(
-      u"Stra\x00DF"
-      u"e");
+  KepString word = fromUnits(u"Stra\u00DFe");
   EXPECT_EQ(unitsOf(word.toUpperCase()), u"STRASSE");
-  EXPECT_EQ(unitsOf(word.toLowerCase()),
-            u"stra\x00DF"
-            u"e");
+  EXPECT_EQ(unitsOf(word.toLowerCase()), u"stra\u00DFe");
   EXPECT_EQ(unitsOf(fromUnits(u"\x00DF\x00DF").toUpperCase()), u"SSSS");
   EXPECT_EQ(unitsOf(fromUnits(u"\x0130\x03A3\x1E9E").toLowerCase()), u"i\x03C3\x00DF");
   EXPECT_EQ(unitsOf(k("MiXeD").toUpperCase(k("tr"))), u"MIXED") << "the locale is ignored";
@@ -261,4 +252,46 @@ TEST(String, ValueOfWritesEveryRadixWithItsPrefix) {
   // Negative values in radix 16 keep the signed remainders and pad with F.
   EXPECT_EQ(KepString::valueOf(-1, 16).toStdString(), "0xFFFFFFFFFFFFFFF/") << "'0' - 1";
   EXPECT_EQ(KepString::valueOf(-255L, 16).toStdString(), "0xFFFFFFFFFFFFFF!!");
+}
+
+TEST(StringTokenizer, SplitsAtAnyDelimiterAndReturnsThemOnlyWhenAsked) {
+  unsigned short wideText[] = {'a', 0x2028, 'b', 0x00A0, 'c', 0};
+  unsigned short wideDelims[] = {0x2028, 0x00A0, 0};
+  struct Case {
+    KepString text;
+    KepString delimiters;
+    int returnDelimiters;
+    Tokens tokens;
+  };
+  Case const cases[] = {
+      {KepString("a,,b"), KepString(","), 0, {"a", "b"}},
+      {KepString("a,,b"), KepString(","), 1, {"a", ",", ",", "b"}},
+      {KepString(",;,;"), KepString(";,"), 0, {}},
+      {KepString("x y"), KepString(""), 0, {"x y"}},
+      {KepString(wideText), KepString(wideDelims), 0, {"a", "b", "c"}},
+  };
+  for (Case const& c : cases) {
+    KepStringTokenizer t(c.text, c.delimiters, c.returnDelimiters);
+    EXPECT_EQ(t.countTokens(), static_cast<int>(c.tokens.size())) << c.text.toStdString();
+    EXPECT_EQ(tokensOf(t), c.tokens) << c.text.toStdString();
+    EXPECT_TRUE(t.nextToken().isNull()) << "past the end";
+  }
+  // The default delimiters, also for a null delimiter string, are space, tab,
+  // newline and return.
+  KepStringTokenizer t(KepString("  one\ttwo\r\nthree \f four "));
+  EXPECT_EQ(tokensOf(t), (Tokens{"one", "two", "three", "\f", "four"}));
+  KepStringTokenizer nullDelims(KepString("x y"), KepString());
+  EXPECT_EQ(tokensOf(nullDelims), (Tokens{"x", "y"}));
+}
+
+TEST(StringTokenizer, CountingDoesNotMoveAndDelimitersCanChangeBetweenTokens) {
+  KepStringTokenizer t(KepString("key=value; next=2"), KepString("="));
+  EXPECT_EQ(t.countTokens(), 3);
+  EXPECT_EQ(t.nextToken().toStdString(), "key");
+  EXPECT_EQ(t.countTokens(), 2);
+  EXPECT_EQ(t.nextToken(KepString(";")).toStdString(), "=value")
+      << "the position stays on the old delimiter";
+  EXPECT_EQ(t.nextToken(KepString(" =")).toStdString(), ";");
+  EXPECT_EQ(KepString(t.nextElement()).toStdString(), "next");
+  EXPECT_EQ(t.countTokens(), 1);
 }

@@ -13,27 +13,21 @@ namespace {
 // trace: "<name a=v>" for starts, "</name>" for ends and "[text]" for each piece
 // of character data.
 struct Source {
+  explicit Source(std::string t, bool minusOne = false) : text(t), endWithMinusOne(minusOne) {}
   std::string text;
+  bool endWithMinusOne;
   size_t position = 0;
   std::vector<int> asked;  // the size of every read
   std::vector<int> given;  // what each read answered
-  bool endWithMinusOne = false;
   std::string trace;
 
   static int read(void* user, char* buffer, int offset, int size) {
     auto* s = static_cast<Source*>(user);
+    size_t n = s->text.copy(buffer + offset, static_cast<size_t>(size), s->position);
+    s->position += n;
     s->asked.push_back(size);
-    size_t left = s->text.size() - s->position;
-    int n;
-    if (left == 0 && s->endWithMinusOne) {
-      n = -1;
-    } else {
-      n = static_cast<int>(left < static_cast<size_t>(size) ? left : static_cast<size_t>(size));
-      s->text.copy(buffer + offset, static_cast<size_t>(n), s->position);
-      s->position += static_cast<size_t>(n);
-    }
-    s->given.push_back(n);
-    return n;
+    s->given.push_back(n == 0 && s->endWithMinusOne ? -1 : static_cast<int>(n));
+    return s->given.back();
   }
   static void start(void* user, char const* name, char const** attributes) {
     auto* s = static_cast<Source*>(user);
@@ -61,8 +55,7 @@ class SimpleParser : public ::testing::Test {
 };
 
 TEST_F(SimpleParser, CallsBackForElementsAttributesAndText) {
-  Source s;
-  s.text = "<?xml version=\"1.0\"?><Root a=\"1\" b='two'><x:Child/>text &amp; more</Root>";
+  Source s{"<?xml version=\"1.0\"?><Root a=\"1\" b='two'><x:Child/>text &amp; more</Root>"};
   EXPECT_TRUE(s.parse());
   // No namespace processing: "x:Child" is an ordinary name; the entity splits
   // the text into pieces.
@@ -74,9 +67,8 @@ TEST_F(SimpleParser, ReadsInBlocksUntilAShortRead) {
   // A document of exactly one block needs a second read, which gives 0 bytes or -1.
   std::string const open = "<a>", close = "</a>";
   for (bool minusOne : {false, true}) {
-    Source exact;
-    exact.text = open + std::string(KEP_XML_SIMPLE_BLOCK - open.size() - close.size(), 'x') + close;
-    exact.endWithMinusOne = minusOne;
+    Source exact{open + std::string(KEP_XML_SIMPLE_BLOCK - open.size() - close.size(), 'x') + close,
+                 minusOne};
     EXPECT_TRUE(exact.parse());
     EXPECT_EQ(exact.asked, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, KEP_XML_SIMPLE_BLOCK}));
     EXPECT_EQ(exact.given, (std::vector<int>{KEP_XML_SIMPLE_BLOCK, minusOne ? -1 : 0}));
@@ -84,8 +76,7 @@ TEST_F(SimpleParser, ReadsInBlocksUntilAShortRead) {
 }
 
 TEST_F(SimpleParser, MalformedOrShortInputStopsWithOneErrorLine) {
-  Source s;
-  s.text = "<a>\n <b></c>\n</a><after/>";
+  Source s{"<a>\n <b></c>\n</a><after/>"};
   EXPECT_FALSE(s.parse());
   EXPECT_EQ(s.trace, "<a>[\n][ ]<b>") << "callbacks before the error stand, none after";
   // Expat places a mismatched end tag at its name: line 2, column 6, byte 10.
@@ -95,8 +86,7 @@ TEST_F(SimpleParser, MalformedOrShortInputStopsWithOneErrorLine) {
 
   // A reader giving fewer bytes than asked ends the document, so an open
   // element fails.
-  Source unfinished;
-  unfinished.text = "<a><b>";
+  Source unfinished{"<a><b>"};
   EXPECT_FALSE(unfinished.parse());
   EXPECT_EQ(unfinished.asked.size(), 1u) << "no read after a short one";
   EXPECT_EQ(log_.count("XML Parser Error: no element found"), 1u);

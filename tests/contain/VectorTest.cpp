@@ -26,28 +26,23 @@ TEST(Vector, GrowsTo32ThenDoublesAndInsertsMatchStdVector) {
     size_t at = static_cast<size_t>(i * 7) % (oracle.size() + 1);
     void** pos = v.insert(v.begin() + at, P(i));
     EXPECT_EQ(pos, v.begin() + at) << "the answer is recomputed against the moved storage";
-    EXPECT_EQ(*pos, P(i));
     oracle.insert(oracle.begin() + static_cast<ptrdiff_t>(at), P(i));
     if (capacities.empty() || capacities.back() != v.capacity()) capacities.push_back(v.capacity());
   }
   EXPECT_EQ(contents(v), oracle);
   EXPECT_EQ(capacities, (std::vector<size_t>{32, 64, 128, 256}));
-  v.push_back(P(201));
-  EXPECT_EQ(v[200], P(201));
-  EXPECT_EQ(v.size(), 201u);
+
+  // A value read from the vector itself survives the move of the storage.
+  _KepVectorImpl w;
+  for (intptr_t i = 1; i <= 32; ++i) w.push_back(P(i));
+  w.insert(w.begin(), w.begin()[31]);
+  w.insert(w.begin() + 1, w.begin()[0]);  // with room left this time
+  EXPECT_EQ(w[0], P(32));
+  EXPECT_EQ(w[1], P(32));
+  EXPECT_EQ(w.size(), 34u);
 }
 
-TEST(Vector, InsertedValueMayAliasAnElement) {
-  _KepVectorImpl v;
-  for (intptr_t i = 1; i <= 32; ++i) v.push_back(P(i));  // full: the next insert moves
-  v.insert(v.begin(), v.begin()[31]);
-  EXPECT_EQ(v[0], P(32));
-  v.insert(v.begin() + 1, v.begin()[0]);  // with room left this time
-  EXPECT_EQ(v[1], P(32));
-  EXPECT_EQ(v.size(), 34u);
-}
-
-TEST(Vector, EraseShiftsDownKeepsTheStorageAndIgnoresOutsidePositions) {
+TEST(Vector, EraseShiftsDownKeepsTheStorageIgnoresOutsidePositionsAndSortDoesNothing) {
   _KepVectorImpl v;
   for (intptr_t i = 1; i <= 40; ++i) v.push_back(P(i));
   size_t capacity = v.capacity();

@@ -1,15 +1,15 @@
 // Helpers of the calendar tests: glibc as the oracle, zone handles that free
-// themselves, a temporary TZ setting and a deterministic sample generator.
+// themselves, a temporary TZ setting and reproducible samples.
 #ifndef KEP_TESTS_DATE_DATETESTUTIL_H
 #define KEP_TESTS_DATE_DATETESTUTIL_H
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <random>
 #include <string>
 
 #include "kep/Kep.h"
@@ -22,60 +22,54 @@ constexpr long kDay = 86400;
 // Sanitized builds run the sampled checks on fewer samples.
 inline long scaled(long normal, long sanitized) { return keptest::kSanitized ? sanitized : normal; }
 
-// splitmix64: reproducible samples.
-class Rng {
- public:
-  explicit Rng(uint64_t seed) : state_(seed) {}
-  uint64_t next() {
-    uint64_t z = (state_ += 0x9E3779B97F4A7C15ull);
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-    return z ^ (z >> 31);
-  }
+struct Rng : std::mt19937_64 {
+  using std::mt19937_64::mt19937_64;
+  uint64_t next() { return (*this)(); }
   uint64_t below(uint64_t n) { return next() % n; }
-
- private:
-  uint64_t state_;
 };
 
-inline std::tm utc(long secs) {
+// glibc's fields of a GMT value, in GMT or in the local time of TZ.
+inline std::tm utc(long secs, bool inLocalTime = false) {
   std::time_t t = secs;
   std::tm tm{};
-  gmtime_r(&t, &tm);
-  return tm;
+  return *(inLocalTime ? localtime_r(&t, &tm) : gmtime_r(&t, &tm));
 }
+inline std::tm local(long secs) { return utc(secs, true); }
 
 // timegm of the given (possibly unnormalised) fields; month 0-11.
 inline long gmtSecs(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-  std::tm tm{};
-  tm.tm_year = year - 1900;
-  tm.tm_mon = month;
-  tm.tm_mday = day;
-  tm.tm_hour = hour;
-  tm.tm_min = minute;
-  tm.tm_sec = second;
+  std::tm tm{second, minute, hour, day, month, year - 1900, 0, 0, 0, 0, nullptr};
   return static_cast<long>(timegm(&tm));
 }
 
-// A record of the given fields, its weekday from glibc.
+inline int monthLength(int year, int month) {
+  return int((gmtSecs(year, month + 1, 1) - gmtSecs(year, month, 1)) / kDay);
+}
+
+// A duration record: the fields to add or subtract, no weekday.
+inline _KepDateTime span(int years, int months, int days, int hours = 0, int minutes = 0,
+                         int seconds = 0, int ms = 0) {
+  return {uint16_t(years), uint8_t(months),  uint8_t(days),    0,
+          uint8_t(hours),  uint8_t(minutes), uint8_t(seconds), uint16_t(ms)};
+}
+
+// A record of the given fields as they stand, its weekday from glibc.
 inline _KepDateTime datim(int year, int month, int day, int hour = 0, int minute = 0,
                           int second = 0, int ms = 0) {
-  _KepDateTime d = {};
-  d.year = static_cast<uint16_t>(year);
-  d.month = static_cast<uint8_t>(month);
-  d.day = static_cast<uint8_t>(day);
-  d.hour = static_cast<uint8_t>(hour);
-  d.minute = static_cast<uint8_t>(minute);
-  d.second = static_cast<uint8_t>(second);
-  d.milliseconds = static_cast<uint16_t>(ms);
-  d.dayOfWeek = static_cast<uint8_t>(utc(gmtSecs(year, month, day)).tm_wday);
+  _KepDateTime d = span(year, month, day, hour, minute, second, ms);
+  d.dayOfWeek = uint8_t(utc(gmtSecs(year, month, day)).tm_wday);
   return d;
 }
 
-// The record glibc gives for a GMT value.
-inline _KepDateTime dateAt(long secs) {
-  std::tm tm = utc(secs);
-  return datim(tm.tm_year + 1900, tm.tm_mon, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec);
+// The record of a broken-down time of glibc, and of a GMT value.
+inline _KepDateTime fromTm(std::tm const& tm) {
+  return {uint16_t(tm.tm_year + 1900), uint8_t(tm.tm_mon), uint8_t(tm.tm_mday), uint8_t(tm.tm_wday),
+          uint8_t(tm.tm_hour),         uint8_t(tm.tm_min), uint8_t(tm.tm_sec),  0};
+}
+inline _KepDateTime dateAt(long secs) { return fromTm(utc(secs)); }
+
+inline long secsOf(_KepDateTime const& d) {
+  return gmtSecs(d.year, d.month, d.day, d.hour, d.minute, d.second);
 }
 
 // The library's conversions, expected to succeed.
@@ -99,65 +93,23 @@ inline std::string show(_KepDateTime const& d) {
   return text;
 }
 
-inline std::string show(std::tm const& tm) {
-  char text[64];
-  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S wd%w", &tm);
-  return text;
-}
-
-// Fields of a record against a broken-down time of glibc.
-inline ::testing::AssertionResult sameFields(_KepDateTime const& d, std::tm const& tm) {
-  if (d.year == tm.tm_year + 1900 && d.month == tm.tm_mon && d.day == tm.tm_mday &&
-      d.dayOfWeek == tm.tm_wday && d.hour == tm.tm_hour && d.minute == tm.tm_min &&
-      d.second == tm.tm_sec && d.milliseconds == 0)
-    return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << show(d) << " != " << show(tm);
-}
-
 inline ::testing::AssertionResult sameRecord(_KepDateTime const& a, _KepDateTime const& b) {
   if (std::memcmp(&a, &b, sizeof a) == 0) return ::testing::AssertionSuccess();
   return ::testing::AssertionFailure() << show(a) << " != " << show(b);
 }
 
 // A zone handle freed at the end of its scope.
-class Zone {
- public:
+struct Zone {
   Zone() = default;
-  ~Zone() {
-    if (handle_ != nullptr) _KepMMTestFree(handle_);
-  }
   Zone(Zone const&) = delete;
-  Zone& operator=(Zone const&) = delete;
-  void** out() { return &handle_; }
-  void* get() const { return handle_; }
-
- private:
-  void* handle_ = nullptr;
+  ~Zone() { _KepMMTestFree(handle); }
+  void* handle = nullptr;
 };
 
-// Sets TZ for the scope and restores the previous setting.
-class ScopedTZ {
- public:
-  explicit ScopedTZ(char const* tz) {
-    char const* old = std::getenv("TZ");
-    had_ = old != nullptr;
-    if (had_) old_ = old;
-    setenv("TZ", tz, 1);
-    tzset();
-  }
-  ~ScopedTZ() {
-    if (had_)
-      setenv("TZ", old_.c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-  ScopedTZ(ScopedTZ const&) = delete;
-  ScopedTZ& operator=(ScopedTZ const&) = delete;
-
- private:
-  bool had_ = false;
-  std::string old_;
+// Sets TZ for the scope; the suite runs without TZ otherwise.
+struct ScopedTZ {
+  explicit ScopedTZ(char const* tz) { setenv("TZ", tz, 1), tzset(); }
+  ~ScopedTZ() { unsetenv("TZ"), tzset(); }
 };
 
 }  // namespace datetest

@@ -6,6 +6,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -13,9 +14,10 @@
 
 namespace iotest {
 
-inline void writeFile(std::string const& path, std::string const& content) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << content;
+// Writes `content` to `path` and answers the path.
+inline std::string writeFile(std::string const& path, std::string const& content) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+  return path;
 }
 
 inline std::string readFile(std::string const& path) {
@@ -38,14 +40,15 @@ inline long mtimeOf(std::string const& path) {
   return stat(path.c_str(), &info) == 0 ? long(info.st_mtime) : -1;
 }
 
+// What a path function wrote to `out`, or "error" and its code when it refused.
+inline std::string written(uint32_t rc, char const* out) {
+  return rc == 0 ? std::string(out) : "error " + std::to_string(rc);
+}
+
 // Descriptors open in this process right now.
-inline int openDescriptors() {
-  int n = 0;
-  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    (void)entry;
-    ++n;
-  }
-  return n;
+inline long openDescriptors() {
+  std::filesystem::directory_iterator entries("/proc/self/fd");
+  return std::distance(begin(entries), end(entries));
 }
 
 }  // namespace iotest

@@ -5,32 +5,32 @@
 #include <cstring>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "io/IOTestUtil.h"
 #include "kep/Kep.h"
 #include "support/KepTestSupport.h"
 
+using namespace iotest;
 using keptest::TempDir;
 
 TEST(PathBuild, ComponentsAreJoinedWithOneSeparator) {
   struct Case {
     char const *a, *b, *c, *d, *want;
   };
+  char out[KEP_IO_PATH_MAX];
   for (Case k :
-       {Case{"/usr", "lib/", "kep", nullptr, "/usr/lib/kep"},
+       {Case{"/usr", "lib/", nullptr, "kep", "/usr/lib/kep"},
         Case{nullptr, "a", nullptr, "b", "a/b"}, Case{"/", "etc", nullptr, nullptr, "/etc"},
         Case{"", "x", nullptr, nullptr, "x"},  // no separator after an empty text
         Case{nullptr, nullptr, nullptr, nullptr, ""}}) {
-    char out[KEP_IO_PATH_MAX];
-    EXPECT_EQ(_KepIOPathBuild(k.a, k.b, k.c, k.d, out), 0u);
-    EXPECT_STREQ(out, k.want);
+    EXPECT_EQ(written(_KepIOPathBuild(k.a, k.b, k.c, k.d, out), out), k.want);
   }
   EXPECT_EQ(_KepIOPathBuild("a", nullptr, nullptr, nullptr, nullptr), KEP_IO_NOT_FOUND);
-  char out[KEP_IO_PATH_MAX] = "/base";
-  EXPECT_EQ(_KepIOPathModify(out, "dir", "file.txt", out), 0u) << "in place";
-  EXPECT_STREQ(out, "/base/dir/file.txt");
-  EXPECT_EQ(_KepIOPathModify(nullptr, "b", "c", out), 0u);
-  EXPECT_STREQ(out, "b/c");
+  std::strcpy(out, "/base");
+  EXPECT_EQ(written(_KepIOPathModify(out, "dir", "file.txt", out), out), "/base/dir/file.txt")
+      << "in place";
+  EXPECT_EQ(written(_KepIOPathModify(nullptr, "b", "c", out), out), "b/c");
 }
 
 TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
@@ -41,8 +41,8 @@ TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
   EXPECT_EQ(_KepIOPathBuild(base.c_str(), "abcd", nullptr, nullptr, out), KEP_IO_PATH_TOO_LONG);
   EXPECT_STREQ(out, "untouched");
   EXPECT_EQ(_KepIOPathModify(base.c_str(), "x", "y", out), KEP_IO_PATH_TOO_LONG);
-  EXPECT_EQ(_KepIOPathModify(base.c_str(), "ab", nullptr, out), 0u) << "1023 bytes fit";
-  EXPECT_EQ(std::strlen(out), 1023u);
+  EXPECT_EQ(written(_KepIOPathModify(base.c_str(), "ab", nullptr, out), out).size(), 1023u)
+      << "1023 bytes fit";
   EXPECT_EQ(_KepIOPathModify(out, "", nullptr, out), KEP_IO_PATH_TOO_LONG)
       << "even a bare separator no longer fits";
 
@@ -53,11 +53,12 @@ TEST(PathBuild, ResultsOfMoreThan1024BytesAreRefusedWithoutOverrun) {
   EXPECT_EQ(_KepIOPathCopy(unterminated.c_str(), out), KEP_IO_PATH_TOO_LONG);
   EXPECT_STREQ(out, "");
   EXPECT_EQ(std::string(out + KEP_IO_PATH_MAX, 16), std::string(16, '#'));
-  // A path that does not fit the File object's buffer either.
   EXPECT_TRUE(KepPath(KepString(base.c_str())).append(KepString("abcd")).isNull());
 }
 
-TEST(PathReduce, SplitsAtTheFileName) {
+TEST(PathReduce, SplitsAtTheFileNameAndExtractsNames) {
+  // The plain form splits at the last separator; the extended one ignores
+  // trailing separators, keeps the root and checks the sizes of its buffers.
   struct Case {
     char const *path, *dir, *name;
   };
@@ -65,48 +66,40 @@ TEST(PathReduce, SplitsAtTheFileName) {
   char name[KEP_IO_PATH_MAX];
   for (Case c : {Case{"/var/log/syslog", "/var/log", "syslog"}, Case{"plain", "", "plain"},
                  Case{"/top", "", "top"}, Case{"a/b/", "a/b", ""}}) {
-    EXPECT_EQ(_KepIOPathReduce(c.path, dir, name), 0u);
-    EXPECT_STREQ(dir, c.dir) << c.path;
-    EXPECT_STREQ(name, c.name) << c.path;
+    EXPECT_EQ(written(_KepIOPathReduce(c.path, dir, name), dir) + "|" + name,
+              std::string(c.dir) + "|" + c.name)
+        << c.path;
+  }
+  for (Case c : {Case{"/a/b//", "/a", "b"}, Case{"/a", "/", "a"}, Case{"//", "/", ""},
+                 Case{"a//b", "a", "b"}}) {
+    EXPECT_EQ(written(_KepIOPathReduceExt(c.path, dir, sizeof dir, name, 8), dir) + "|" + name,
+              std::string(c.dir) + "|" + c.name)
+        << c.path;
   }
   EXPECT_EQ(_KepIOPathReduce("/top", dir, nullptr), 0u);
   EXPECT_EQ(_KepIOPathReduce("", dir, name), KEP_IO_REDUCE_EMPTY);
   EXPECT_EQ(_KepIOPathReduce("a", nullptr, name), KEP_IO_NOT_FOUND);
   std::strcpy(dir, "x/y/z");
-  EXPECT_EQ(_KepIOPathReduce(dir, dir, name), 0u) << "in place";
-  EXPECT_STREQ(dir, "x/y");
-  EXPECT_STREQ(name, "z");
+  EXPECT_EQ(written(_KepIOPathReduce(dir, dir, name), dir) + "|" + name, "x/y|z") << "in place";
+  EXPECT_EQ(_KepIOPathReduceExt("/d/longname", dir, sizeof dir, name, 8), KEP_IO_PATH_TOO_LONG);
+  EXPECT_EQ(_KepIOPathBuildExt("ab", "c", nullptr, nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
+  EXPECT_EQ(_KepIOPathModifyExt("a", "b", nullptr, name, 3), KEP_IO_PATH_TOO_LONG);
+  EXPECT_EQ(written(_KepIOPathBuildExt("a", "", nullptr, nullptr, name, 3), name), "a/");
 
+  // A record's own path wins over the path given.
   _Io_File record{-1, const_cast<char*>("/from/record.dat"), 17};
-  EXPECT_EQ(_KepIOExtractName(&record, "/ignored/path", name), 0u);
-  EXPECT_STREQ(name, "record.dat");
-  EXPECT_EQ(_KepIOExtractName(nullptr, "/some/path", name), 0u);
-  EXPECT_STREQ(name, "path");
+  EXPECT_EQ(written(_KepIOExtractName(&record, "/ignored/path", name), name), "record.dat");
+  EXPECT_EQ(written(_KepIOExtractName(nullptr, "/some/path", name), name), "path");
   EXPECT_EQ(_KepIOExtractName(nullptr, nullptr, name), KEP_IO_BAD_HANDLE);
-
-  // The extended form ignores trailing separators, keeps the root and checks sizes.
-  char small[8];
-  for (Case c : {Case{"/a/b//", "/a", "b"}, Case{"/a", "/", "a"}, Case{"//", "/", ""},
-                 Case{"a//b", "a", "b"}}) {
-    EXPECT_EQ(_KepIOPathReduceExt(c.path, dir, sizeof dir, small, sizeof small), 0u);
-    EXPECT_STREQ(dir, c.dir) << c.path;
-    EXPECT_STREQ(small, c.name) << c.path;
-  }
-  EXPECT_EQ(_KepIOPathReduceExt("/d/longname", dir, sizeof dir, small, sizeof small),
-            KEP_IO_PATH_TOO_LONG);
-  EXPECT_EQ(_KepIOPathBuildExt("ab", "c", nullptr, nullptr, small, 3), KEP_IO_PATH_TOO_LONG);
-  EXPECT_EQ(_KepIOPathBuildExt("a", "", nullptr, nullptr, small, 3), 0u);
-  EXPECT_STREQ(small, "a/");
-  EXPECT_EQ(_KepIOPathModifyExt("a", "b", nullptr, small, 3), KEP_IO_PATH_TOO_LONG);
 }
 
 TEST(PathCharacters, SingleByteLanguageAndDoubleByteScanning) {
   char const* text = "a\x82\xA0/b";
   unsigned short const sjis = KEP_IO_LANGUAGE_SHIFT_JIS;
-  EXPECT_EQ(__KepIOIsDBCSLead(KEP_IO_LANGUAGE, 0x82), 0u);
-  EXPECT_EQ(__KepIOIsDBCSLead(sjis, 0x82), 1u);
-  EXPECT_EQ(__KepIOIsDBCSLead(sjis, 0xA0), 0u);
-  EXPECT_EQ(__KepIOIsDBCSLead(18, 0xA0), 1u);
+  EXPECT_EQ(std::vector<unsigned long>(
+                {__KepIOIsDBCSLead(KEP_IO_LANGUAGE, 0x82), __KepIOIsDBCSLead(sjis, 0x82),
+                 __KepIOIsDBCSLead(sjis, 0xA0), __KepIOIsDBCSLead(18, 0xA0)}),
+            std::vector<unsigned long>({0, 1, 0, 1}));
   EXPECT_EQ(__KepIOCharCount(KEP_IO_LANGUAGE, text), 5);
   EXPECT_EQ(__KepIOCharCount(sjis, text), 4);
   EXPECT_EQ(__KepIOGetNextChar(sjis, text + 1), text + 3);
@@ -152,56 +145,45 @@ TEST(PathMatch, StarsAndQuestionMarksMatchWholeNames) {
   }
 }
 
-TEST(PathExtended, StorageStringResolvesDotsAgainstTheCurrentDirectory) {
+TEST(PathExtended, StorageStringsUniqueNamesAndNamesCutTo31Bytes) {
   char out[KEP_IO_PATH_MAX];
-  EXPECT_EQ(_KepIOPathToStorageString("/a/./b//c/../d/", out), 0u);
-  EXPECT_STREQ(out, "/a/b/d");
-  EXPECT_EQ(_KepIOPathToStorageString("/../..", out), 0u);
-  EXPECT_STREQ(out, "/");
-  EXPECT_EQ(_KepIOPathToStorageString("sub/../x", out), 0u);
-  EXPECT_EQ(std::string(out), (std::filesystem::current_path() / "x").lexically_normal().string());
+  EXPECT_EQ(written(_KepIOPathToStorageString("/../../a/./b//c/../d/", out), out), "/a/b/d");
+  EXPECT_EQ(written(_KepIOPathToStorageString("/../..", out), out), "/");
+  EXPECT_EQ(written(_KepIOPathToStorageString("sub/../x", out), out),
+            (std::filesystem::current_path() / "x").lexically_normal().string());
   EXPECT_EQ(_KepIOPathToStorageString(nullptr, out), KEP_IO_NOT_FOUND);
-}
 
-TEST(PathExtended, UniqueNamesAreCreatedAndDistinct) {
   TempDir dir;
   std::set<std::string> names;
-  char out[KEP_IO_PATH_MAX];
   for (int i = 0; i < 50; ++i) {
     ASSERT_EQ(_KepIOCreateUniqueName(dir.path().c_str(), "tmp", ".dat", out), 0u);
-    std::string path(out);
-    EXPECT_EQ(path.rfind(dir.path() + "/tmp", 0), 0u) << path;
-    EXPECT_EQ(path.size(), dir.path().size() + 1 + 3 + 8 + 4);
-    EXPECT_TRUE(iotest::present(path));
-    names.insert(path);
+    EXPECT_TRUE(present(out));
+    names.insert(out);
   }
   EXPECT_EQ(names.size(), 50u);
+  EXPECT_EQ(std::string(out).rfind(dir.path() + "/tmp", 0), 0u) << out;
+  EXPECT_EQ(std::strlen(out), dir.path().size() + 1 + 3 + 8 + 4);
   EXPECT_EQ(_KepIOCreateUniqueName(dir.file("missing").c_str(), "t", nullptr, out),
             KEP_IO_NOT_FOUND);
-}
 
-TEST(PathExtended, NamesAreCutTo31BytesKeepingTheExtension) {
-  char out[KEP_IO_PATH_MAX];
-  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "short.txt", out), 0u);
-  EXPECT_STREQ(out, "/d/short.txt");
-  EXPECT_EQ(_KepIOPath31CreatePrim("/d", "a-very-long-file-name-for-testing.document", out), 0u);
-  EXPECT_STREQ(out, "/d/a-very-long-file-name-.document");
-  EXPECT_EQ(_KepIOPath31CreatePrim(nullptr, "x-0123456789012345678901234567890123456789", out), 0u);
-  EXPECT_EQ(std::strlen(out), 31u);
-
-  TempDir dir;
+  // Names are cut to 31 bytes keeping the extension; a renaming that would
+  // replace a file takes a "~n" name instead.
+  EXPECT_EQ(written(_KepIOPath31CreatePrim("/d", "short.txt", out), out), "/d/short.txt");
+  EXPECT_EQ(
+      written(_KepIOPath31CreatePrim("/d", "a-very-long-file-name-for-testing.document", out), out),
+      "/d/a-very-long-file-name-.document");
+  EXPECT_EQ(
+      written(_KepIOPath31CreatePrim(nullptr, "x-0123456789012345678901234567890123456789", out),
+              out)
+          .size(),
+      31u);
   std::string first = dir.file("report-of-the-year-two-thousand-and-four.txt");
   std::string cut = dir.file("report-of-the-year-two-thou.txt");
-  iotest::writeFile(first, "1");
-  ASSERT_EQ(__KepIORename31Unique(first.c_str(), out), 0u);
-  EXPECT_EQ(std::string(out), cut);
-  EXPECT_FALSE(iotest::present(first));
-  iotest::writeFile(first, "2");
-  ASSERT_EQ(__KepIORename31Unique(first.c_str(), out), 0u);
-  EXPECT_EQ(std::string(out), dir.file("report-of-the-year-two-th~1.txt"));
-  EXPECT_EQ(iotest::readFile(cut), "1") << "the first file was not replaced";
-  EXPECT_EQ(iotest::readFile(out), "2");
-  EXPECT_EQ(__KepIORename31Unique(cut.c_str(), out), 0u) << "short names stay";
-  EXPECT_EQ(std::string(out), cut);
+  EXPECT_EQ(written(__KepIORename31Unique(writeFile(first, "1").c_str(), out), out), cut);
+  EXPECT_EQ(written(__KepIORename31Unique(writeFile(first, "2").c_str(), out), out),
+            dir.file("report-of-the-year-two-th~1.txt"));
+  EXPECT_EQ(readFile(cut) + readFile(out), "12") << "nothing was replaced";
+  EXPECT_FALSE(present(first));
+  EXPECT_EQ(written(__KepIORename31Unique(cut.c_str(), out), out), cut) << "short names stay";
   EXPECT_EQ(__KepIORename31Unique(dir.file("gone").c_str(), out), KEP_IO_NOT_FOUND);
 }

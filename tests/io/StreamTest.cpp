@@ -2,6 +2,7 @@
 // stream handle.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -11,38 +12,34 @@ namespace {
 
 std::string bytesOf(KepString const& text) { return text.toStdString(); }
 
-// A caller's stream: reads from a fixed text in small pieces and records what
-// is written and whether it was closed.
+// A caller's stream: reads its input in pieces of up to 3 bytes, records what
+// is written (up to `limit` bytes more) and whether it was closed.
 class Recorder : public KepIOStream {
  public:
-  explicit Recorder(std::string input)
-      : KepIOStream(nullptr, KepClassIdArg(KepClassID::IOStream)), input_(std::move(input)) {}
+  explicit Recorder(std::string text)
+      : KepIOStream(nullptr, KepClassIdArg(KepClassID::IOStream)), input(std::move(text)) {}
   unsigned long isBridge() const override { return 0; }
   using KepIOStream::read;
   using KepIOStream::write;
   int read(signed char* buffer, int offset, int length) override {
-    if (at_ >= input_.size()) return -1;
-    size_t n = std::min<size_t>({input_.size() - at_, static_cast<size_t>(length), 3});
-    std::copy(input_.begin() + long(at_), input_.begin() + long(at_ + n), buffer + offset);
-    at_ += n;
-    return static_cast<int>(n);
+    if (input.empty()) return -1;
+    int n = std::min({int(input.size()), length, 3});
+    std::copy_n(input.begin(), n, buffer + offset);
+    input.erase(0, size_t(n));
+    return n;
   }
   int write(signed char* buffer, int offset, int length) override {
-    ++writes;
-    int take = std::max(0, limit < 0 ? length : std::min(length, limit - int(written.size())));
+    int take = std::min(length, limit);
     written.append(reinterpret_cast<char const*>(buffer + offset), size_t(take));
+    limit -= take;
     return take;
   }
   void close() override { closedByCaller = true; }
 
+  std::string input;
   std::string written;
-  int writes = 0;
-  int limit = -1;  // bytes accepted in all; -1 without limit
+  int limit = 1 << 30;
   bool closedByCaller = false;
-
- private:
-  std::string input_;
-  size_t at_ = 0;
 };
 
 }  // namespace
@@ -59,23 +56,22 @@ TEST(StreamBase, NullHandlesAndTheDevicelessBody) {
 
   KepIOStream plain(KepGetObject(KepClassID::IOStream, 0));
   ASSERT_FALSE(plain.isNull());
-  EXPECT_EQ(plain.read(), -1);
-  EXPECT_EQ(plain.read(buffer, 0, 4), -1);
+  EXPECT_EQ(std::vector<int>({plain.read(), plain.read(buffer, 0, 4), int(plain.markSupported()),
+                              int(plain.isReadable())}),
+            std::vector<int>({-1, -1, 0, 1}));
   EXPECT_EQ(plain.read(buffer, 0, 0), 0);
   EXPECT_EQ(plain.write(buffer, 0, 4), 0);
-  EXPECT_EQ(plain.markSupported(), 0u);
-  EXPECT_EQ(plain.reset(), 0u);
+  EXPECT_EQ(plain.reset(), 0u) << "no mark without a device";
   EXPECT_EQ(plain.read(nullptr, 0, 4), -1);
   EXPECT_EQ(plain.getError(), static_cast<int>(KEP_IO_FAILED));
   plain.clearError();
   EXPECT_EQ(plain.getError(), 0);
-  EXPECT_EQ(plain.isReadable(), 1u);
   plain.close();
   EXPECT_EQ(plain.isClosed(), 1u);
   EXPECT_EQ(plain.isWritable(), 0u);
 }
 
-TEST(StringBufferStream, CollectsWritesAndNarrowsAndWidensByteForByte) {
+TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
   KepStringBufferIOStream out;
   ASSERT_FALSE(out.isNull()) << "a default-constructed stream is a new, empty stream";
   EXPECT_EQ(out.write("abc"), 3);
@@ -93,17 +89,28 @@ TEST(StringBufferStream, CollectsWritesAndNarrowsAndWidensByteForByte) {
   EXPECT_EQ(all.charAt(6), 0xFF);
   EXPECT_EQ(bytesOf(out.toString(7, 2)), "12");
   EXPECT_EQ(out.toString(7, -1).length(), 4);
-  EXPECT_EQ(out.toString(50, 2).length(), 0);
+  EXPECT_EQ(out.toString(50, 2).length(), 0) << "a start past the end gives nothing";
   EXPECT_EQ(static_cast<unsigned char>(out.toByteArray().asChars()[6]), 0xFFu);
   EXPECT_EQ(out.read(), 'a') << "what is written can be read back";
   out.setLength(2);
   EXPECT_EQ(bytesOf(out.toString()), "ab");
   EXPECT_EQ(out.getReadPosition(), 1);
+
+  signed char data[] = {'x', 0, 'y'};
+  out.setBytes(data, 0, 3);
+  EXPECT_EQ(out.toString().charAt(1), 0) << "zero bytes are content like any other";
+  out.close();
+  EXPECT_EQ(out.read(), -1) << "closed streams refuse reads and writes";
+  EXPECT_EQ(out.write("x"), 0);
+  EXPECT_EQ(out.size(), 3) << "the content stays";
+  out.setText(KepString("new"));
+  EXPECT_EQ(out.isClosed(), 0u) << "until a new content";
+  EXPECT_EQ(out.read(), 'n');
   out.clear();
   EXPECT_EQ(out.isEmpty(), 1u);
 }
 
-TEST(StringBufferStream, ReadsTheTextWithLinesMarksAndSkips) {
+TEST(StringBufferStream, ReadsLinesMarksSkipsAndBlocks) {
   KepStringBufferIOStream in(KepString("first\r\nsecond\nthird"));
   EXPECT_EQ(in.available(), 19);
   EXPECT_EQ(bytesOf(in.readLine()), "first");
@@ -112,12 +119,10 @@ TEST(StringBufferStream, ReadsTheTextWithLinesMarksAndSkips) {
   EXPECT_EQ(bytesOf(in.readLine()), "second");
   EXPECT_EQ(in.reset(), 1u);
   EXPECT_EQ(in.skip(3), 3);
-  EXPECT_EQ(bytesOf(in.readText(3)), "ond");
-  EXPECT_EQ(in.read(), '\n');
+  EXPECT_EQ(bytesOf(in.readText(4)), "ond\n");
   EXPECT_EQ(bytesOf(in.readLine()), "third") << "the last line needs no newline";
   EXPECT_TRUE(in.readLine().isNull());
   EXPECT_TRUE(in.readText(-1).isNull());
-  EXPECT_EQ(in.read(), -1);
   EXPECT_EQ(in.skip(5), 0);
   in.rewind();
   signed char buffer[64];
@@ -125,23 +130,10 @@ TEST(StringBufferStream, ReadsTheTextWithLinesMarksAndSkips) {
   EXPECT_EQ(in.readFully(buffer, 0, 64), -1);
   in.setReadPosition(14);
   EXPECT_EQ(bytesOf(KepString(reinterpret_cast<char const*>(in.readBytes(10).asChars()))), "third");
-  EXPECT_EQ(in.readBytes(10).asChars()[0], 0);
-
-  signed char data[] = {'x', 0, 'y'};
-  in.setBytes(data, 0, 3);
-  EXPECT_EQ(in.size(), 3) << "zero bytes are content like any other";
-  EXPECT_EQ(in.toString().charAt(1), 0);
-  in.close();
-  EXPECT_EQ(in.read(), -1) << "closed streams refuse reads and writes";
-  EXPECT_EQ(in.write("x"), 0);
-  EXPECT_EQ(in.size(), 3) << "the content stays";
-  in.setText(KepString("new"));
-  EXPECT_EQ(in.isClosed(), 0u) << "until a new content";
-  EXPECT_EQ(in.read(), 'n');
+  EXPECT_EQ(in.readBytes(10).asChars()[0], 0) << "nothing is left";
 
   // A block read of exactly the content is followed by the end.
-  std::string text(32767, 'k');
-  KepStringBufferIOStream block{KepString(text.c_str())};
+  KepStringBufferIOStream block{KepString(std::string(32767, 'k').c_str())};
   std::vector<signed char> bytes(32767);
   EXPECT_EQ(block.read(bytes.data(), 0, 32767), 32767);
   EXPECT_EQ(block.read(bytes.data(), 0, 32767), -1);
@@ -157,12 +149,6 @@ TEST(StreamInto, CopiesUpToALengthOrTheEndAndClosesTheSourceOnRequest) {
   EXPECT_EQ(source.isClosed(), 1u);
   EXPECT_EQ(target.isClosed(), 0u);
   EXPECT_EQ(target.into(target, -1, 0), 0) << "a stream is not copied into itself";
-
-  std::string big(100000, 'b');
-  KepStringBufferIOStream large{KepString(big.c_str())};
-  KepStringBufferIOStream copy;
-  EXPECT_EQ(large.into(copy, -1, 0), 100000);
-  EXPECT_EQ(copy.size(), 100000);
 }
 
 TEST(OuterStream, CallersOverridesReceiveTheLibrarysCalls) {
@@ -174,22 +160,17 @@ TEST(OuterStream, CallersOverridesReceiveTheLibrarysCalls) {
     EXPECT_EQ(handle.writeLine(KepString("end")), 4);
     EXPECT_EQ(recorder->written, "text!end\n");
     EXPECT_EQ(bytesOf(handle.readLine()), "line one") << "composite reads use the override";
-
     KepStringBufferIOStream sink;
     EXPECT_EQ(handle.into(sink, -1, 1), 9);
     EXPECT_EQ(bytesOf(sink.toString()), "line two\n");
     EXPECT_TRUE(recorder->closedByCaller) << "into closes through the caller's close";
 
     KepStringBufferIOStream source(KepString("0123456789"));
-    recorder->limit = int(recorder->written.size()) + 4;
-    KepIOStream target(*recorder);
-    EXPECT_EQ(source.into(target, -1, 0), 4) << "copying stops when the target takes less";
+    recorder->limit = 4;
+    EXPECT_EQ(source.into(handle, -1, 0), 4) << "copying stops when the target takes less";
     EXPECT_EQ(recorder->written.substr(recorder->written.size() - 4), "0123");
-
-    // Calls made on the outer object itself also reach its overrides.
-    int before = recorder->writes;
-    EXPECT_EQ(recorder->write("zz"), 0);
-    EXPECT_EQ(recorder->writes, before + 1);
+    recorder->limit = 2;
+    EXPECT_EQ(recorder->write("zz"), 2) << "calls on the outer object reach its overrides";
   }
   // The last handle took the outer object and its body with it.
 }

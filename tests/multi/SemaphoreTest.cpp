@@ -1,4 +1,4 @@
-// Mutex semaphores and the recursive lock.
+// Mutex semaphores, the recursive lock and System V counting semaphores.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,6 +9,36 @@
 #include "kep/Kep.h"
 #include "support/KepTestSupport.h"
 
+namespace {
+
+// Runs `take` on a thread of its own and checks that it gets through only after
+// `release` has run on this one.
+template <class Take, class Release>
+void expectHeldUntil(Take take, Release release) {
+  std::atomic<bool> got{false};
+  std::thread other([&] {
+    take();
+    got = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(got.load()) << "got through before the release";
+  release();
+  other.join();
+  EXPECT_TRUE(got.load());
+}
+
+// A counting-semaphore key of this process's own. Its set is removed again at the
+// end of the scope, so that a test run leaves no System V semaphore behind.
+struct CountKey {
+  ~CountKey() {
+    int id = 0;
+    if (_KepOpenCount(key, &id) == 0) _KepDestroyCount(&id);
+  }
+  unsigned long const key = 0x4b700000UL + (static_cast<unsigned long>(_KepProcessId()) & 0xffffUL);
+};
+
+}  // namespace
+
 TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefused) {
   void* sem = nullptr;
   ASSERT_EQ(_KepMSemCreate(&sem), 0u);
@@ -16,20 +46,14 @@ TEST(MutexSemaphore, CreatedInStateZeroIsHeldUntilSignalledAndBadHandlesAreRefus
   EXPECT_EQ(_KepMSemSignal(&sem), 0u);
   EXPECT_EQ(_KepMSemDestroy(&sem), 0u);
   ASSERT_EQ(_KepMSemCreateState(&sem, 0), 0u);
-  std::atomic<bool> got{false};
-  std::thread other([&] {
-    EXPECT_EQ(_KepMSemWait(&sem, 1), 0u);  // the timeout is ignored: it waits
-    got = true;
-    _KepMSemSignal(&sem);
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(got.load());
-  EXPECT_EQ(_KepMSemSignal(&sem), 0u);
-  other.join();
-  EXPECT_TRUE(got.load());
+  expectHeldUntil(
+      [&] {
+        EXPECT_EQ(_KepMSemWait(&sem, 1), 0u);  // the timeout is ignored: it waits
+        _KepMSemSignal(&sem);
+      },
+      [&] { EXPECT_EQ(_KepMSemSignal(&sem), 0u); });
   EXPECT_EQ(_KepMSemDestroy(&sem), 0u);
   EXPECT_EQ(sem, nullptr);
-
   EXPECT_EQ(_KepMSemWait(&sem, 0), KEP_SEM_BAD_HANDLE);
 }
 
@@ -40,39 +64,32 @@ TEST(RecursiveLock, OwnerNestsAndOthersWaitForTheLastUnlock) {
   _KepSemaphore lock;
   lock.unlock();  // free lock: ignored
   EXPECT_EQ(lock.getDepth(), 0u);
-  lock.lock();
-  lock.lock();
-  lock.lock();
+  for (int i = 0; i < 3; ++i) lock.lock();
   EXPECT_EQ(lock.getDepth(), 3u);
   EXPECT_EQ(lock.getOwner(), _KepThrdId());
   std::thread([&] { lock.unlock(); }).join();  // not the owner: ignored
   EXPECT_EQ(lock.getDepth(), 3u);
-  std::atomic<bool> got{false};
-  std::thread other([&] {
-    lock.lock();
-    got = true;
-    lock.unlock();
-  });
   lock.unlock();
   lock.unlock();
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(got.load()) << "two unlocks of three must not let the other thread in";
-  lock.unlock();
-  other.join();
-  EXPECT_TRUE(got.load());
+  expectHeldUntil(
+      [&] {
+        lock.lock();
+        lock.unlock();
+      },
+      [&] { lock.unlock(); });
   EXPECT_EQ(lock.getOwner(), 0u);
   lock.destroy();  // usable again afterwards
   lock.lock();
+  EXPECT_EQ(lock.getDepth(), 1u);
   lock.unlock();
 }
 
 TEST(RecursiveLock, ContendingThreadsAreExcludedAndAllGetIn) {
   _KepSemaphore lock;
   long counter = 0;  // plain on purpose: only the lock protects it
-  int const threads = 4;
   int const rounds = keptest::kSanitized ? 2000 : 20000;
   std::vector<std::thread> workers;
-  for (int t = 0; t < threads; ++t) {
+  for (int t = 0; t < 4; ++t) {
     workers.emplace_back([&] {
       for (int i = 0; i < rounds; ++i) {
         lock.lock();
@@ -86,6 +103,26 @@ TEST(RecursiveLock, ContendingThreadsAreExcludedAndAllGetIn) {
     });
   }
   for (auto& w : workers) w.join();
-  EXPECT_EQ(counter, static_cast<long>(threads) * rounds);
+  EXPECT_EQ(counter, 4L * rounds);
   EXPECT_EQ(lock.getOwner(), 0u);
+}
+
+TEST(CountingSemaphore, KeysAreCreatedOnceCountsAreTakenAndWaitersReleasedBySignals) {
+  CountKey key;
+  int id = -1;
+  EXPECT_EQ(_KepCreateCount(key.key, 1UL << 40, &id), KEP_SEM_COUNT_CREATE);
+  EXPECT_EQ(_KepOpenCount(key.key, &id), KEP_SEM_COUNT_OPEN) << "a refused value leaves no set";
+  ASSERT_EQ(_KepCreateCount(key.key, 2, &id), 0u);
+  int opened = -1;
+  EXPECT_EQ(_KepCreateCount(key.key, 2, &opened), KEP_SEM_COUNT_EXISTS);
+  ASSERT_EQ(_KepOpenCount(key.key, &opened), 0u);
+  EXPECT_EQ(opened, id);
+  EXPECT_EQ(_KepWaitCount(&id, 0), 0u);
+  EXPECT_EQ(_KepWaitCount(&opened, 0), 0u);
+  for (int i = 0; i < 2; ++i) {  // the count is 0: each waiter waits for a signal
+    expectHeldUntil([&] { EXPECT_EQ(_KepWaitCount(&opened, 1), 0u); },  // the timeout is ignored
+                    [&] { EXPECT_EQ(_KepSignalCount(&id), 0u); });
+  }
+  EXPECT_EQ(_KepDestroyCount(&id), 0u);
+  EXPECT_EQ(_KepOpenCount(key.key, &opened), KEP_SEM_COUNT_OPEN) << "the set is gone";
 }

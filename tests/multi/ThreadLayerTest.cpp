@@ -1,5 +1,5 @@
 // The portable thread layer: control blocks, their words, start hooks, the end
-// of a thread, destroy, and System V counting semaphores.
+// of a thread, destroy and restart.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -40,12 +40,14 @@ void waitingProcedure(void* handle, void* argument1, void* argument2, unsigned l
   ++probe->left;
 }
 
-char const kLongName[] = "abcdefghijklmnopqrstuvwxyz0123";
+unsigned char kLongName[] = "abcdefghijklmnopqrstuvwxyz0123";
 char const kCutName[] = "abcdefghijklmnopqrstuvw";  // its first 23 characters
 
+// Notes whether it runs before the procedure's run of the same start, with the cut name.
 int recordingHook(_KEP_TCB* tcb) {
   auto* probe = static_cast<Probe*>(tcb->argument2);
-  probe->hookRanFirst = probe->runs.load() == 0 && std::strcmp(tcb->name, kCutName) == 0;
+  probe->hookRanFirst =
+      probe->runs.load() == probe->hookCalls.load() && std::strcmp(tcb->name, kCutName) == 0;
   ++probe->hookCalls;
   return 0;
 }
@@ -54,15 +56,6 @@ unsigned long statusOf(void* handle) {
   unsigned long status = 0;
   EXPECT_EQ(_KepThrdGetStatus(handle, &status), 0u);
   return status;
-}
-
-bool ended(void* handle) {
-  unsigned long status = 0;
-  return _KepThrdGetStatus(handle, &status) == 0 && (status & KEP_THRD_STATUS_ENDED) != 0;
-}
-
-unsigned char* text(char const* s) {
-  return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
 }
 
 // Every test that starts threads ends with no control block left over.
@@ -74,21 +67,25 @@ class ThreadLayer : public ::testing::Test {
         << "a control block was left behind";
   }
 
-  // Starts a waiting thread on `probe` with the given flags.
+  // Starts a waiting thread on `probe` with the given flags, the long name, the
+  // recording hook and the probe also as first argument.
   void* start(Probe& probe, unsigned long flags) {
     void* handle = nullptr;
-    EXPECT_EQ(_KepThrdCreate(&handle, flags, text("worker"), waitingProcedure, nullptr, 0, nullptr,
-                             &probe, 0),
+    EXPECT_EQ(_KepThrdCreate(&handle, flags, kLongName, waitingProcedure, recordingHook, 77, &probe,
+                             &probe, 4242),
               0u);
     EXPECT_NE(handle, nullptr);
     return handle;
   }
 
-  // Lets the thread finish, waits for its end mark and destroys the block.
-  void finish(Probe& probe, void*& handle) {
+  // Lets the thread finish, waits for its end mark and destroys the block;
+  // answers the status word the end left.
+  unsigned long finish(Probe& probe, void*& handle) {
     probe.release = true;
-    EXPECT_TRUE(eventually([&] { return ended(handle); }));
+    EXPECT_TRUE(eventually([&] { return (statusOf(handle) & KEP_THRD_STATUS_ENDED) != 0; }));
+    unsigned long status = statusOf(handle);
     EXPECT_EQ(_KepThrdDestroy(&handle), 0u);
+    return status;
   }
 
   unsigned long baseline_ = 0;
@@ -96,40 +93,27 @@ class ThreadLayer : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(ThreadLayer, NamesAreCutTo23CharactersAndTheHookAndProcedureGetTheirArguments) {
-  Probe probe;
-  int marker = 0;
-  void* handle = nullptr;
-  ASSERT_EQ(_KepThrdCreate(&handle, 0, text(kLongName), waitingProcedure, recordingHook, 77,
-                           &marker, &probe, 4242),
-            0u);
-  ASSERT_TRUE(eventually([&] { return probe.runs.load() == 1; }));
-  unsigned char name[KEP_THRD_NAME_MAX + 1];
-  ASSERT_EQ(_KepThrdGetName(handle, name), 0u);
-  EXPECT_STREQ(reinterpret_cast<char*>(name), kCutName);
-  EXPECT_EQ(probe.hookCalls.load(), 1);
-  EXPECT_TRUE(probe.hookRanFirst.load()) << "the start hook runs first, with the cut name";
-  EXPECT_EQ(probe.handleSeen.load(), handle) << "the procedure gets the block's own handle";
-  EXPECT_EQ(probe.argument1Seen.load(), &marker);
-  EXPECT_EQ(probe.argument3Seen.load(), 4242u);
-  EXPECT_EQ(_KepThrdGetId(handle), probe.selfId.load());
-  finish(probe, handle);
-}
-
-TEST_F(ThreadLayer, CommandBitsAccumulateAndAreClearedByEachRead) {
-  for (unsigned long flags : {0UL, KEP_THRD_FLAG_NO_MUTEX}) {
+TEST_F(ThreadLayer, CommandBitsAccumulateUntilReadAndStatusIsReplacedOrOredIn) {
+  struct Case {
+    unsigned long flags, afterSet, atEnd;
+  };
+  for (Case c :
+       {Case{0, 1, 8}, Case{KEP_THRD_FLAG_OR_STATUS, 17, 25}, Case{KEP_THRD_FLAG_NO_MUTEX, 1, 8}}) {
+    SCOPED_TRACE(c.flags);
     Probe probe;
-    void* handle = start(probe, flags);
+    void* handle = start(probe, c.flags);
+    unsigned long word = 0;
+    ASSERT_EQ(_KepThrdGetCreateFlags(handle, &word), 0u);
+    EXPECT_EQ(word, c.flags);
+    EXPECT_EQ(statusOf(handle), KEP_THRD_STATUS_CREATED);
+    ASSERT_EQ(_KepThrdSetStatus(handle, KEP_THRD_STATUS_RUNNING), 0u);
+    EXPECT_EQ(statusOf(handle), c.afterSet);
     EXPECT_EQ(_KepThrdSetCommand(handle, 2), 0u);
     EXPECT_EQ(_KepThrdSetCommand(handle, 4), 0u);
-    unsigned long command = 0;
-    ASSERT_EQ(_KepThrdGetCommand(handle, &command), 0u);
-    EXPECT_EQ(command, 1u | 2u | 4u) << "the initial 1 and the bits sent since";
-    ASSERT_EQ(_KepThrdGetCommand(handle, &command), 0u);
-    EXPECT_EQ(command, 0u);
-    unsigned long read = 0;
-    ASSERT_EQ(_KepThrdGetCreateFlags(handle, &read), 0u);
-    EXPECT_EQ(read, flags);
+    ASSERT_EQ(_KepThrdGetCommand(handle, &word), 0u);
+    EXPECT_EQ(word, 1u | 2u | 4u) << "the initial 1 and the bits sent since";
+    ASSERT_EQ(_KepThrdGetCommand(handle, &word), 0u);
+    EXPECT_EQ(word, 0u);
 
     // Senders and readers racing on the word lose no bit.
     std::atomic<unsigned long> seen{0};
@@ -144,28 +128,9 @@ TEST_F(ThreadLayer, CommandBitsAccumulateAndAreClearedByEachRead) {
       });
     }
     for (auto& s : senders) s.join();
-    _KepThrdGetCommand(handle, &command);
-    EXPECT_EQ(seen.load() | command, 0xf0u) << flags;
-    finish(probe, handle);
-  }
-}
-
-TEST_F(ThreadLayer, StatusIsReplacedOrOredInAndTheEndMarkFollowsTheSameRule) {
-  struct Case {
-    unsigned long flags;
-    unsigned long afterSet;
-    unsigned long atEnd;
-  };
-  for (Case c : {Case{0, 1, 8}, Case{KEP_THRD_FLAG_OR_STATUS, 17, 25}}) {
-    Probe probe;
-    void* handle = start(probe, c.flags);
-    EXPECT_EQ(statusOf(handle), KEP_THRD_STATUS_CREATED);
-    ASSERT_EQ(_KepThrdSetStatus(handle, KEP_THRD_STATUS_RUNNING), 0u);
-    EXPECT_EQ(statusOf(handle), c.afterSet);
-    probe.release = true;
-    ASSERT_TRUE(eventually([&] { return ended(handle); }));
-    EXPECT_EQ(statusOf(handle), c.atEnd);
-    ASSERT_EQ(_KepThrdDestroy(&handle), 0u);
+    _KepThrdGetCommand(handle, &word);
+    EXPECT_EQ(seen.load() | word, 0xf0u);
+    EXPECT_EQ(finish(probe, handle), c.atEnd) << "the end mark follows the status rule";
   }
 }
 
@@ -194,14 +159,30 @@ TEST_F(ThreadLayer, ABlockFreedByItsThreadOrWhileItRunsRefusesLaterCalls) {
   }
 }
 
-TEST_F(ThreadLayer, RestartRunsANewThreadOnACopyOfTheBlockAndFreesTheOld) {
+TEST_F(ThreadLayer, NamesAreCutTo23CharactersAndRestartRepeatsTheStartOnAFreshBlock) {
   Probe probe;
-  int marker = 0;
-  void* handle = nullptr;
-  ASSERT_EQ(_KepThrdCreate(&handle, KEP_THRD_FLAG_OR_STATUS, text(kLongName), waitingProcedure,
-                           recordingHook, 77, &marker, &probe, 4242),
-            0u);
-  ASSERT_TRUE(eventually([&] { return probe.runs.load() == 1; }));
+  void* handle = start(probe, KEP_THRD_FLAG_OR_STATUS);
+  // Every start runs the hook first, then the procedure with the block's own
+  // handle and the arguments given at creation.
+  auto checkRun = [&](int run) {
+    ASSERT_TRUE(eventually([&] { return probe.runs.load() == run; }));
+    EXPECT_EQ(probe.hookCalls.load(), run);
+    EXPECT_TRUE(probe.hookRanFirst.load()) << run;
+    EXPECT_EQ(probe.handleSeen.load(), handle);
+    EXPECT_EQ(probe.argument1Seen.load(), &probe);
+    EXPECT_EQ(probe.argument3Seen.load(), 4242u);
+    EXPECT_EQ(_KepThrdGetId(handle), probe.selfId.load());
+    unsigned char name[KEP_THRD_NAME_MAX + 1];
+    ASSERT_EQ(_KepThrdGetName(handle, name), 0u);
+    EXPECT_STREQ(reinterpret_cast<char*>(name), kCutName);
+    unsigned long word = 0;
+    ASSERT_EQ(_KepThrdGetCreateFlags(handle, &word), 0u);
+    EXPECT_EQ(word, KEP_THRD_FLAG_OR_STATUS);
+    EXPECT_EQ(statusOf(handle), KEP_THRD_STATUS_CREATED) << "a new block starts afresh";
+    ASSERT_EQ(_KepThrdGetThreadType(handle, &word), 0u);
+    EXPECT_EQ(word, 0u);
+  };
+  checkRun(1);
   ASSERT_EQ(_KepThrdSetStatus(handle, KEP_THRD_STATUS_RUNNING), 0u);
   ASSERT_EQ(_KepThrdSetThreadType(handle, 3), 0u);
   unsigned long type = 0;
@@ -212,22 +193,8 @@ TEST_F(ThreadLayer, RestartRunsANewThreadOnACopyOfTheBlockAndFreesTheOld) {
   ASSERT_EQ(_KepThrdRestart(&handle), 0u);
   ASSERT_NE(handle, old);
   EXPECT_EQ(_KepThrdGetStatus(old, &type), KEP_MM_BAD_HANDLE) << "the old block is freed";
-  ASSERT_TRUE(eventually([&] { return probe.runs.load() == 2; }));
-  EXPECT_EQ(probe.hookCalls.load(), 2);
-  EXPECT_EQ(probe.handleSeen.load(), handle);
-  EXPECT_EQ(probe.argument1Seen.load(), &marker);
-  EXPECT_EQ(probe.argument3Seen.load(), 4242u);
-  unsigned char name[KEP_THRD_NAME_MAX + 1];
-  ASSERT_EQ(_KepThrdGetName(handle, name), 0u);
-  EXPECT_STREQ(reinterpret_cast<char*>(name), kCutName);
-  unsigned long word = 0;
-  ASSERT_EQ(_KepThrdGetCreateFlags(handle, &word), 0u);
-  EXPECT_EQ(word, KEP_THRD_FLAG_OR_STATUS);
-  EXPECT_EQ(statusOf(handle), KEP_THRD_STATUS_CREATED) << "a new block starts afresh";
-  ASSERT_EQ(_KepThrdGetThreadType(handle, &type), 0u);
-  EXPECT_EQ(type, 0u);
+  checkRun(2);
   EXPECT_EQ(_KepMMTestLiveHandles(), baseline_ + 1);
-
   finish(probe, handle);  // releases both threads
   ASSERT_TRUE(eventually([&] { return probe.left.load() == 2; }));
 }
@@ -244,67 +211,4 @@ TEST_F(ThreadLayer, ForeignBlocksAreRefused) {
     EXPECT_EQ(_KepThrdDestroy(&copy), KEP_THRD_BAD_SIGNATURE);
     EXPECT_EQ(_KepMMTestFreeLocked(other), 0u) << "the foreign block was left alone";
   }
-}
-
-// --- Counting semaphores ---------------------------------------------------------
-
-namespace {
-
-// A key of this process's own, removed again by the guard.
-class CountKey {
- public:
-  explicit CountKey(int n)
-      : key_(0x4b700000UL + (static_cast<unsigned long>(_KepProcessId()) & 0xffffUL) * 16 +
-             static_cast<unsigned long>(n)) {}
-  ~CountKey() {
-    int id = 0;
-    if (_KepOpenCount(key_, &id) == 0) _KepDestroyCount(&id);
-  }
-  unsigned long key() const { return key_; }
-
- private:
-  unsigned long key_;
-};
-
-}  // namespace
-
-TEST(CountingSemaphore, ASecondCreateOfAKeyIsRefusedAndUnknownKeysDoNotOpen) {
-  CountKey key(1);
-  int id = -1;
-  ASSERT_EQ(_KepCreateCount(key.key(), 2, &id), 0u);
-  int again = -1;
-  EXPECT_EQ(_KepCreateCount(key.key(), 2, &again), KEP_SEM_COUNT_EXISTS);
-  int opened = -1;
-  ASSERT_EQ(_KepOpenCount(key.key(), &opened), 0u);
-  EXPECT_EQ(opened, id);
-  EXPECT_EQ(_KepDestroyCount(&id), 0u);
-  EXPECT_EQ(_KepOpenCount(key.key(), &opened), KEP_SEM_COUNT_OPEN) << "the set is gone";
-  // An initial value out of range leaves no set behind.
-  EXPECT_EQ(_KepCreateCount(key.key(), 1UL << 40, &id), KEP_SEM_COUNT_CREATE);
-  EXPECT_EQ(_KepOpenCount(key.key(), &id), KEP_SEM_COUNT_OPEN);
-}
-
-TEST(CountingSemaphore, CountsAreTakenAndWaitersReleasedBySignals) {
-  CountKey key(3);
-  int id = -1;
-  ASSERT_EQ(_KepCreateCount(key.key(), 2, &id), 0u);
-  EXPECT_EQ(_KepWaitCount(&id, 0), 0u);
-  EXPECT_EQ(_KepWaitCount(&id, 0), 0u);
-  std::atomic<int> taken{0};
-  std::thread waiter([&] {
-    int mine = -1;
-    ASSERT_EQ(_KepOpenCount(key.key(), &mine), 0u);
-    for (int i = 0; i < 2; ++i) {
-      EXPECT_EQ(_KepWaitCount(&mine, 1), 0u);  // the timeout is ignored
-      ++taken;
-    }
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_EQ(taken.load(), 0) << "the count is 0: the waiter waits";
-  EXPECT_EQ(_KepSignalCount(&id), 0u);
-  EXPECT_TRUE(eventually([&] { return taken.load() == 1; }));
-  EXPECT_EQ(_KepSignalCount(&id), 0u);
-  waiter.join();
-  EXPECT_EQ(taken.load(), 2);
-  EXPECT_EQ(_KepDestroyCount(&id), 0u);
 }

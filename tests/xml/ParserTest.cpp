@@ -16,28 +16,35 @@ using parsetest::newParser;
 using parsetest::parse;
 using parsetest::root;
 
+namespace {
+
+// The names of the attributes of `e` in map order.
+std::string order(KepDOMElement e) {
+  std::string names;
+  KepDOMNamedNodeMap map = e.getAttributes();
+  for (int i = 0; i < map.getLength(); ++i) names += text(map.item(i).getNodeName()) + " ";
+  return names;
+}
+
+}  // namespace
+
 TEST(XMLParserTree, ElementsAttributesAndTextInDocumentOrder) {
   KepDOMNode doc = parse(
       "<?xml version=\"1.0\"?><!-- c --><Root a=\"1\" b='x&amp;y'>"
       "head<Item>one</Item><Item n=\"2\"/>tail</Root>");
-  ASSERT_FALSE(doc.isNull());
   EXPECT_TRUE(domtest::checkTree(doc, KepDOMDocument(doc)));
   // The comment in the prolog adds no node.
   EXPECT_EQ(shape(doc), "#document(Root('head' Item('one') Item 'tail'))");
   KepDOMElement r(doc.getFirstChild());
   EXPECT_EQ(text(r.getAttribute("a")), "1");
   EXPECT_EQ(text(r.getAttribute("b")), "x&y");
-  EXPECT_EQ(r.getAttributes().getLength(), 2);
   EXPECT_EQ(text(r.get("Item", 1).getAttribute("n")), "2");
   EXPECT_EQ(r.getNodeID(), KepNameToTag("Root"));
   // The map was made with room for exactly the parsed attributes; it grows
   // and shrinks like any other.
   for (char const* name : {"c", "d", "e"}) r.setAttribute(name, name);
   r.removeAttribute("a");
-  KepDOMNamedNodeMap map = r.getAttributes();
-  std::string names;
-  for (int i = 0; i < map.getLength(); ++i) names += text(map.item(i).getNodeName());
-  EXPECT_EQ(names, "bcde");
+  EXPECT_EQ(order(r), "b c d e ");
   EXPECT_EQ(text(r.getAttribute("e")), "e");
 }
 
@@ -45,8 +52,6 @@ TEST(XMLParserTree, TextAndAttributesAreWidenedByteByByte) {
   // "é" and "€" in UTF-8 stay as their bytes, one unit each.
   std::string const accented = "caf\xc3\xa9 \xe2\x82\xac";
   KepDOMElement r = root("<r v=\"" + accented + "\">" + accented + "&#233;</r>");
-  ASSERT_FALSE(r.isNull());
-  EXPECT_EQ(r.getAttribute("v").length(), static_cast<int>(accented.size()));
   EXPECT_EQ(KepRIOStream::narrow(r.getAttribute("v")), accented);
   // A character reference comes through the tokenizer as UTF-8 bytes as well.
   EXPECT_EQ(KepRIOStream::narrow(r.getString()), accented + "\xc3\xa9");
@@ -59,13 +64,11 @@ TEST(XMLParserTree, LongTextPassesThePendingBufferWhole) {
     // Entity references and line breaks make the tokenizer deliver the text
     // in many pieces.
     KepDOMElement r = root("<r>" + body + "&lt;\n&amp;" + body + "</r>");
-    ASSERT_FALSE(r.isNull()) << size;
     EXPECT_EQ(r.getChildCount(), 1) << size;
     EXPECT_EQ(text(r.getString()), body + "<\n&" + body) << size;
     // A text that starts with a line break delivered alone, then a piece too
     // long for the buffer, is not taken for a lone line break and dropped.
     KepDOMElement broken = root("<r>\n" + body + "</r>");
-    ASSERT_FALSE(broken.isNull()) << size;
     EXPECT_EQ(text(broken.getString()), "\n" + body) << size;
   }
 }
@@ -74,7 +77,6 @@ TEST(XMLParserTree, MarkupSplitsTextCDataStaysApartAndLoneLineBreaksAreLayout) {
   KepDOMElement r = root(
       "<r>a<!--c-->b<?pi x?>c\n<e/>\n<e>\t</e><e>\n\n</e>\t <f/>"
       "x<![CDATA[a<b>&amp;\n]]>y<![CDATA[]]></r>");
-  ASSERT_FALSE(r.isNull());
   // The lone line feed after the first e and the lone tab inside the second
   // are dropped; longer white space stays.
   EXPECT_EQ(shape(r),
@@ -85,7 +87,6 @@ TEST(XMLParserTree, MarkupSplitsTextCDataStaysApartAndLoneLineBreaksAreLayout) {
 
 TEST(XMLParserTree, EqualTextsStayIndependentNodes) {
   KepDOMElement r = root("<r><i v=\"same\">same</i><i v=\"same\">same</i></r>");
-  ASSERT_FALSE(r.isNull());
   KepDOMElement first = r.get("i");
   KepDOMText(first.getFirstChild()).appendData("!");
   first.setAttribute("v", "other");
@@ -124,9 +125,10 @@ TEST(XMLParserTree, ShortTextsDifferingInOneByteKeepTheirOwnBytes) {
 }
 
 TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
-  // Enough nodes to fill many of the blocks the parser places its nodes in.
+  // Enough nodes to fill many of the blocks the parser places its nodes in, and
+  // enough bytes for names, attributes and text to straddle three read blocks.
   std::string xml = "<r>";
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 4500; ++i) {
     xml += "<e n=\"" + std::to_string(i) + "\">text " + std::to_string(i) + "</e>";
   }
   xml += "</r>";
@@ -134,13 +136,13 @@ TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
   KepDOMAttribute keptAttribute;
   {
     KepDOMElement r = root(xml);
-    ASSERT_FALSE(r.isNull());
     for (KepDOMElement e(r.getFirstChild()); !e.isNull(); e = e.getNextSibling()) {
       kept.push_back(e);
     }
     keptAttribute = kept[1500].getAttributeNode("n");
   }
-  ASSERT_EQ(kept.size(), 3000u);
+  ASSERT_GT(xml.size(), 3u * KepRXMLParser::kReadBlock);
+  ASSERT_EQ(kept.size(), 4500u);
   EXPECT_TRUE(kept[1500].getParentNode().isNull());
   EXPECT_EQ(text(kept[1500].getString()), "text 1500");
   EXPECT_EQ(body(keptAttribute.getOwnerElement()), body(kept[1500]));
@@ -151,6 +153,7 @@ TEST(XMLParserTree, NodesKeptFromALargeDocumentOutliveItOnAnyThread) {
     threads.emplace_back([&kept, t] {
       for (size_t i = t; i < kept.size(); i += 4) {
         EXPECT_EQ(text(kept[i].getString()), "text " + std::to_string(i));
+        EXPECT_EQ(text(kept[i].getAttribute("n")), std::to_string(i));
         kept[i] = KepDOMElement();
       }
     });
@@ -164,15 +167,11 @@ TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
   KepDOMElement r = root(
       "<p:root xmlns:p=\"urn:x:y\" xmlns=\"http://example.org/d:1\" p:at=\"v\" plain=\"w\" "
       "xml:lang=\"en\"><child/><p:child/></p:root>");
-  ASSERT_FALSE(r.isNull());
-  EXPECT_EQ(text(r.getNodeName()), "p:root");
   EXPECT_EQ(r.getNodeID(), KepNameToTag("p:root"));
-  EXPECT_EQ(text(r.getPrefix()), "p");
-  EXPECT_EQ(text(r.getLocalName()), "root");
-  EXPECT_EQ(text(r.getNamespaceURI()), "urn:x:y");
+  EXPECT_EQ(text(r.getPrefix()) + " " + text(r.getLocalName()) + " " + text(r.getNamespaceURI()),
+            "p root urn:x:y");
   // Attributes: the prefixed one by namespace, the plain one without.
   EXPECT_EQ(text(r.getAttributeNS("urn:x:y", "at")), "v");
-  EXPECT_EQ(text(r.getAttribute("p:at")), "v");
   EXPECT_EQ(text(r.getAttribute("plain")), "w");
   EXPECT_EQ(text(r.getAttributeNS("http://www.w3.org/XML/1998/namespace", "lang")), "en");
   // The declarations are attributes in the namespace of declarations.
@@ -181,7 +180,6 @@ TEST(XMLParserNames, PrefixedNamesKeepPrefixLocalNameAndAUriWithColons) {
   // A child in the default namespace is named by its local name alone.
   KepDOMElement child(r.getFirstChild());
   EXPECT_EQ(text(child.getNodeName()), "child");
-  EXPECT_TRUE(child.getPrefix().isNull());
   EXPECT_EQ(text(child.getNamespaceURI()), "http://example.org/d:1");
   EXPECT_EQ(child.getAttributes().getLength(), 0);
   EXPECT_EQ(text(KepDOMElement(r.getLastChild()).getNamespaceURI()), "urn:x:y");
@@ -193,13 +191,6 @@ TEST(XMLParserNames, DeclarationsTakeThePlacesTheWriterGivesThem) {
   KepDOMElement r = root(
       "<rt:top a=\"1\" xmlns:z=\"u:3\" o:mark=\"m\" xmlns:o=\"u:2\" plain=\"p\" "
       "xmlns:rt=\"u:1\"><in xmlns=\"u:4\" b=\"2\"/></rt:top>");
-  ASSERT_FALSE(r.isNull());
-  auto order = [](KepDOMElement e) {
-    std::string names;
-    KepDOMNamedNodeMap map = e.getAttributes();
-    for (int i = 0; i < map.getLength(); ++i) names += text(map.item(i).getNodeName()) + " ";
-    return names;
-  };
   EXPECT_EQ(order(r), "xmlns:rt a o:mark xmlns:o plain xmlns:z ");
   EXPECT_EQ(order(KepDOMElement(r.getFirstChild())), "xmlns b ");
 }
@@ -208,13 +199,11 @@ TEST(XMLParserNames, ALastUriPartThatLooksLikeAPrefixIsNotTakenForOne) {
   // The default namespace "urn:a:b" ends in what could be a local name "a"
   // and a prefix "b"; "b" is bound elsewhere, to another URI.
   KepDOMElement r = root("<b:r xmlns:b=\"urn:z\"><x xmlns=\"urn:a:b\"/><b:y/></b:r>");
-  ASSERT_FALSE(r.isNull());
   KepDOMElement x(r.getFirstChild());
   EXPECT_EQ(text(x.getNodeName()), "x");
   EXPECT_EQ(text(x.getNamespaceURI()), "urn:a:b");
   EXPECT_TRUE(x.getPrefix().isNull());
   KepDOMElement y(x.getNextSibling());
-  EXPECT_EQ(text(y.getNodeName()), "b:y");
   EXPECT_EQ(text(y.getNamespaceURI()), "urn:z");
   // A prefix re-bound inside takes the inner URI and goes back outside.
   KepDOMElement inner = root("<p:a xmlns:p=\"u:1\"><p:b xmlns:p=\"u:2\"/><p:c/></p:a>");
@@ -230,17 +219,13 @@ TEST(XMLParserObjects, DtElementIdAndXsNameClassesValueTypesAndServices) {
       "<e ElementId=\"ParserWidget\"/><n dt=\"NoSuchClassAnywhere\"/><s dt=\"String\"/>"
       "<i dt=\"int\">42</i><b dt=\"boolean\">1</b><f dt=\"float\">2.5</f><u dt=\"unknown\">x</u>"
       "<v xs=\"NeverSeenServiceName\"/></r>");
-  ASSERT_FALSE(r.isNull());
   KepDOMElement w = r.get("w");
   EXPECT_EQ(w.getClassID(), parsetest::Widget::classId());
-  EXPECT_EQ(text(w.getNodeName()), "w");
-  EXPECT_EQ(text(w.getAttribute("a")), "1");
   // The attribute stays, so that writing the element does not add a second.
   EXPECT_EQ(text(w.getAttribute("dt")), "ParserWidget");
   auto* widget = static_cast<parsetest::Widget*>(body(w));
   EXPECT_EQ(widget->childrenAtEnd, 1);  // its content was complete
   EXPECT_EQ(widget->endMode, 0);
-  EXPECT_EQ(body(w.getOwnerDocument()), body(r.getOwnerDocument()));
   EXPECT_EQ(r.get("e").getClassID(), parsetest::Widget::classId());
   // No class, or a class that is not an element: a plain element; a value type
   // name: a plain element of that type.
@@ -257,7 +242,6 @@ TEST(XMLParserObjects, DtElementIdAndXsNameClassesValueTypesAndServices) {
   // xs names the service and is not kept as an attribute.
   EXPECT_EQ(r.getService(), service);
   EXPECT_EQ(r.hasAttribute("xs"), 0u);
-  EXPECT_EQ(r.getAttributes().getLength(), 1);
   EXPECT_EQ(r.get("v").getService(), 0);
 }
 
@@ -304,11 +288,9 @@ TEST(XMLParserObjects, TheEventHandlerMayPlaceElementsItselfOrStopTheParse) {
   KepXMLParser parser = newParser();
   static_cast<KepRXMLParser*>(body(parser))->setEventHandler(&placer);
   KepDOMElement r = root("<r><keep><a/>t</keep><drop><b/></drop><c/></r>", parser);
-  ASSERT_FALSE(r.isNull());
   EXPECT_EQ(placer.offered, 6);
   // Only c is left under r; what was inside keep went into keep.
   EXPECT_EQ(shape(r), "r(c)");
-  ASSERT_FALSE(placer.kept.isNull());
   EXPECT_TRUE(placer.kept.getParentNode().isNull());
   EXPECT_EQ(shape(placer.kept), "keep(a 't')");
 
@@ -331,7 +313,6 @@ TEST(XMLParserXPointer, OnlyTheFirstElementAtThePathIsBuilt) {
     return parser.buildObjects(stream, KepXPointer(path));
   };
   KepDOMElement b(build("a.b"));
-  ASSERT_FALSE(b.isNull());
   EXPECT_EQ(text(b.getAttribute("id")), "1");
   EXPECT_EQ(shape(b), "b(c('deep'))");
   // Nothing around it was built, and only the element is kept.
@@ -356,34 +337,24 @@ TEST(XMLParserXPointer, OnlyTheFirstElementAtThePathIsBuilt) {
 
 TEST(XMLParserXPointer, FindFollowsAndMakesPathsAndGetXPointerWalksBack) {
   KepDOMElement s = root("<Settings><Mail><Limit>5</Limit></Mail><Mail/></Settings>");
-  ASSERT_FALSE(s.isNull());
   KepDOMElement limit = s.find(KepXPointer("Mail.Limit"), 0);
   EXPECT_EQ(limit.getInteger(), 5);
   EXPECT_EQ(body(s.find(KepXPointer(), 0)), body(s));
   EXPECT_EQ(body(s.find(KepXPointer("..Mail..Limit."), 0)), body(limit));
   EXPECT_TRUE(s.find(KepXPointer("Mail.Size"), 0).isNull());
-  EXPECT_TRUE(s.find(KepXPointer("Nowhere.At.All"), 0).isNull());
   KepDOMElement size = s.find(KepXPointer("Mail.Size"), 1);
-  ASSERT_FALSE(size.isNull());
-  EXPECT_FALSE(size.hasChildNodes());
   // Made under the first Mail, not the second.
   EXPECT_EQ(shape(s), "Settings(Mail(Limit('5') Size) Mail)");
   EXPECT_EQ(body(s.find(KepXPointer("Mail.Size"), 0)), body(size));
   KepDOMElement deep = s.find(KepXPointer("New.Deep.Path"), 1);
-  EXPECT_EQ(text(deep.getNodeName()), "Path");
 
   // The path of a node below another, as an XPointer.
   KepXPointer path = deep.getXPointer(s);
-  EXPECT_EQ(path.getClassID(), KepClassID::XPointer);
-  EXPECT_TRUE(path.isOfType(KepClassID::String));
   EXPECT_EQ(text(path), "New.Deep.Path");
-  EXPECT_TRUE(path.equals(KepString("New.Deep.Path")));
   EXPECT_EQ(body(s.find(path, 0)), body(deep));
   EXPECT_EQ(text(deep.getXPointer(KepDOMElement())), "Settings.New.Deep.Path");
   EXPECT_TRUE(s.getXPointer(s).isNull());
   EXPECT_TRUE(s.getXPointer(deep).isNull()) << "deep is not above s";
   EXPECT_EQ(text(limit.getFirstChild().getXPointer(s)), "Mail.Limit");
-  EXPECT_TRUE(KepXPointer(KepString()).isNull());
   EXPECT_TRUE(KepXPointer(static_cast<char const*>(nullptr)).isNull());
-  EXPECT_EQ(KepXPointer(KepGetObject(KepClassID::XPointer, 0)).length(), 0);
 }

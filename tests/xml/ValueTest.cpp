@@ -27,11 +27,10 @@ class DOMValues : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(DOMValues, OccurrencesCountOnlyChildElementsOfTheTag) {
+TEST_F(DOMValues, OccurrencesCountOnlyChildElementsOfTheTagAndGetNextWalksThem) {
   int item = tag("Item");
   EXPECT_TRUE(e.get(item).isNull());
   e.set(item, 10);
-  EXPECT_FALSE(e.get(item).isNull());
   EXPECT_TRUE(e.get(item, 1).isNull()) << "one child: occurrence 1 is missing";
   // Other nodes between occurrences do not count.
   e.appendChild(doc.createTextNode("between"));
@@ -41,10 +40,8 @@ TEST_F(DOMValues, OccurrencesCountOnlyChildElementsOfTheTag) {
   EXPECT_EQ(e.get(item, 1).getInteger(), 20);
   EXPECT_EQ(e.get("Item", 0).getInteger(), 10);
   EXPECT_TRUE(e.get(item, -1).isNull());
-  EXPECT_TRUE(e.get("NameNobodyEverUsed").isNull());
   // Setting occurrence 4 creates the missing ones before it, empty, at the end.
   KepDOMElement fourth = e.set("Item", 40, 4);
-  ASSERT_FALSE(fourth.isNull());
   EXPECT_EQ(body(e.get(item, 4)), body(fourth));
   EXPECT_TRUE(e.get(item, 5).isNull());
   EXPECT_EQ(e.get(item, 2).getString().length(), 0);
@@ -53,27 +50,17 @@ TEST_F(DOMValues, OccurrencesCountOnlyChildElementsOfTheTag) {
   // Setting an existing occurrence replaces its value in place.
   KepDOMElement first = e.get(item);
   EXPECT_EQ(body(e.set(item, 11)), body(first));
-  EXPECT_EQ(e.get(item).getInteger(), 11);
   EXPECT_EQ(KepDOMParentNode(first).getChildCount(), 1);
   EXPECT_TRUE(e.set(item, 1, -1).isNull());
   EXPECT_TRUE(e.set(0, 1).isNull());
   EXPECT_TRUE(e.set(KepString(), 1).isNull());
   EXPECT_EQ(e.getElementsByTagName("Item").getLength(), 5);
-}
-
-TEST_F(DOMValues, GetNextWalksARunOfTheSameName) {
-  KepDOMElement a0 = e.set("A", 0);
-  e.set("B", 1);
-  KepDOMElement a1 = e.set("A", 1, 1);
-  e.appendChild(doc.createTextNode("t"));
-  KepDOMElement a2 = e.set("A", 2, 2);
-  e.set("C", 3);
-  EXPECT_EQ(body(a0.getNext()), body(a1));
-  EXPECT_EQ(body(a1.getNext()), body(a2));
-  EXPECT_TRUE(a2.getNext().isNull()) << "later siblings of other names do not count";
-  int n = 0;
-  for (KepDOMElement v = e.get("A"); !v.isNull(); v = v.getNext()) EXPECT_EQ(v.getInteger(), n++);
-  EXPECT_EQ(n, 3);
+  // getNext walks the occurrences over other nodes and ends after the last.
+  std::string seen;
+  for (KepDOMElement v = first; !v.isNull(); v = v.getNext()) seen += text(v.getString()) + ",";
+  EXPECT_EQ(seen, "11,20,,,40,");
+  e.set("Later", 1);
+  EXPECT_TRUE(fourth.getNext().isNull()) << "later siblings of other names do not count";
   EXPECT_TRUE(KepDOMElement(doc.createElement("alone")).getNext().isNull());
 }
 
@@ -91,52 +78,37 @@ TEST_F(DOMValues, SettersSetTheDataTypeWhoseNamesAreFixed) {
       {e.set("f", 1.5f), 7, "r4"},
       {e.set("g", 2.5L), 8, "float"},
   };
-  KepRDOMElement* element = dynamic_cast<KepRDOMElement*>(body(e));
+  auto* element = dynamic_cast<KepRDOMElement*>(body(e));
   ASSERT_NE(element, nullptr);
   for (Case const& c : cases) {
-    ASSERT_FALSE(c.child.isNull()) << c.name;
     EXPECT_EQ(c.child.getDataType(), c.type) << c.name;
     EXPECT_EQ(text(element->_getDataTypeStr(c.child.getDataType())), c.name);
   }
   EXPECT_EQ(text(KepRDOMElement::dataTypeName(3)), "date");
-  EXPECT_TRUE(KepRDOMElement::dataTypeName(9).isNull());
-  EXPECT_TRUE(KepRDOMElement::dataTypeName(0).isNull());
-  EXPECT_TRUE(KepRDOMElement::dataTypeName(-1).isNull());
-  e.setDataType(9);
-  EXPECT_EQ(e.getDataType(), 9);
-  EXPECT_TRUE(element->_getDataTypeStr(e.getDataType()).isNull());
+  for (int none : {-1, 0, 9}) EXPECT_TRUE(KepRDOMElement::dataTypeName(none).isNull()) << none;
 }
 
 TEST_F(DOMValues, CachedValuesConvertBetweenTypes) {
   KepDOMElement i = e.set("i", -42);
-  EXPECT_EQ(text(i.getString()), "-42");
   EXPECT_EQ(text(i.getFirstChild().getNodeValue()), "-42") << "the text child carries it";
   EXPECT_EQ(i.getLong(), -42);
   EXPECT_EQ(i.getDouble(), -42.0L);
   EXPECT_EQ(i.getBool(), 1u);
   EXPECT_EQ(e.set("zero", 0).getBool(), 0u);
-
   KepDOMElement big = e.set("big", LONG_MAX);
   EXPECT_EQ(big.getLong(), LONG_MAX) << "longs keep every bit";
   EXPECT_EQ(text(big.getString()), "9223372036854775807");
   EXPECT_EQ(big.getInteger(), -1) << "the low 32 bits";
-
   KepDOMElement f = e.set("f", 0.1f);
   EXPECT_EQ(f.getFloat(), 0.1f);
   EXPECT_EQ(text(f.getString()), "0.100000001");
   EXPECT_EQ(f.getLong(), 0);
-
   // Floating values above 2^63 wrap as unsigned ones.
-  KepDOMElement huge = e.set("huge", 18446744073709551615.0L);
-  EXPECT_EQ(huge.getLong(), -1);
+  EXPECT_EQ(e.set("huge", 18446744073709551615.0L).getLong(), -1);
   EXPECT_EQ(e.set("h63", 9223372036854775808.0L).getLong(), LONG_MIN);
   EXPECT_EQ(e.set("neg", -3.9L).getLong(), -3);
   EXPECT_EQ(e.set("beyond", 1e300L * 1e300L).getLong(), -1) << "beyond 2^64 stops at the end";
-
-  KepDOMElement b = e.setBool("b", 7);
-  EXPECT_EQ(text(b.getString()), "1");
-  EXPECT_EQ(b.getInteger(), 1);
-
+  EXPECT_EQ(text(e.setBool("b", 7).getString()), "1");
   KepDOMElement s = e.set("s", KepString(" 123abc"));
   EXPECT_EQ(s.getInteger(), 123);
   EXPECT_EQ(text(s.getString()), " 123abc");
@@ -150,11 +122,12 @@ TEST_F(DOMValues, TextIsParsedWhenNothingIsCached) {
   EXPECT_EQ(textValue("1e3").getInteger(), 1000);
   EXPECT_EQ(textValue("18446744073709551615").getLong(), -1) << "past the signed range it wraps";
   EXPECT_EQ(textValue("word").getInteger(), 0);
-  EXPECT_EQ(textValue("TRUE").getBool(), 1u);
-  EXPECT_EQ(textValue(" false ").getBool(), 0u);
-  EXPECT_EQ(textValue("0").getBool(), 0u);
-  EXPECT_EQ(textValue("0.5").getBool(), 1u);
   EXPECT_EQ(textValue("").getInteger(), 0);
+  struct Flag {
+    char const* text;
+    unsigned long value;
+  } const flags[] = {{"TRUE", 1}, {" false ", 0}, {"0", 0}, {"0.5", 1}};
+  for (Flag const& f : flags) EXPECT_EQ(textValue(f.text).getBool(), f.value) << f.text;
   // Several text pieces are read as one; comments and elements in between are not
   // text, and CDATA sections are not plain text.
   KepDOMElement pieces = textValue("12");
@@ -168,13 +141,11 @@ TEST_F(DOMValues, TextIsParsedWhenNothingIsCached) {
   KepDOMElement wide = doc.createElement("w");
   wide.appendChild(doc.createTextNode(KepString(units)));
   EXPECT_EQ(wide.getInteger(), 42);
-  EXPECT_EQ(text(doc.createElement("empty").getString()), "");
 }
 
 TEST_F(DOMValues, ChangingTheTextDropsTheCachedValue) {
   KepDOMElement v = e.set("v", 5);
-  KepDOMText t(v.getFirstChild());
-  t.setData("8");
+  KepDOMText(v.getFirstChild()).setData("8");
   EXPECT_EQ(v.getInteger(), 8) << "the text is the value again";
   KepDOMElement w = e.set("w", 2.5f);
   w.appendChild(doc.createTextNode("0"));
@@ -194,29 +165,23 @@ TEST_F(DOMValues, ChangingTheTextDropsTheCachedValue) {
   r.setString("plain");
   EXPECT_EQ(KepDOMParentNode(r).getChildCount(), 1);
   EXPECT_EQ(r.getDataType(), 2);
-  EXPECT_EQ(text(r.getString()), "plain");
   r.setString(KepString(""));
   EXPECT_FALSE(r.hasChildNodes());
-  EXPECT_EQ(text(r.getString()), "");
 }
 
 TEST_F(DOMValues, ObjectsAreHeldAndReadThroughTheirText) {
   KepDOMElement holder = e.set("o", KepDOMNode(textValue("17")));
   EXPECT_FALSE(holder.hasChildNodes()) << "an object value has no text child";
   EXPECT_EQ(holder.getInteger(), 17) << "an element object reads as its value";
-  EXPECT_EQ(text(holder.getKepObject().toString()), "17");
   EXPECT_EQ(body(holder.toKepObject()), body(holder.getKepObject()));
   // Plain values are no objects until toKepObject makes a string object.
   KepDOMElement n = e.set("n", 5);
   EXPECT_TRUE(n.getKepObject().isNull());
   KepObject made = n.toKepObject();
-  ASSERT_FALSE(made.isNull());
   EXPECT_EQ(made.getClassID(), KepClassID::String);
   EXPECT_EQ(text(made.toString()), "5");
   EXPECT_EQ(body(n.getKepObject()), body(made));
-  EXPECT_EQ(n.getInteger(), 5);
   EXPECT_TRUE(doc.createElement("bare").toKepObject().isNull()) << "no value, no object";
-  EXPECT_FALSE(textValue("t").toKepObject().isNull());
   // A null node stores no value.
   KepDOMElement none = e.set("none", KepDOMNode());
   EXPECT_EQ(none.getDataType(), 4);
@@ -228,11 +193,8 @@ TEST_F(DOMValues, DatesTravelAsTheirSeconds) {
   ASSERT_FALSE(when.isNull());
   KepDOMElement v = e.set("When", when);
   EXPECT_EQ(v.getDataType(), 3);
-  EXPECT_EQ(v.getLong(), 1700000000);
   EXPECT_EQ(text(v.getString()), "1700000000");
-  KepDate back = e.get("When").getDate();
-  ASSERT_FALSE(back.isNull());
-  EXPECT_EQ(e.set("Again", back).getLong(), 1700000000);
+  EXPECT_EQ(e.set("Again", e.get("When").getDate()).getLong(), 1700000000);
   EXPECT_EQ(e.set("FromInt", 12).getDate().getLong(), 12);
   EXPECT_TRUE(textValue("yesterday").getDate().isNull());
   EXPECT_TRUE(doc.createElement("empty").getDate().isNull());
@@ -243,14 +205,11 @@ TEST_F(DOMValues, DatesTravelAsTheirSeconds) {
 
 TEST_F(DOMValues, NamedChildrenAndElementsAsValues) {
   KepDOMElement empty = e.set("Group");
-  ASSERT_FALSE(empty.isNull());
   EXPECT_FALSE(empty.hasChildNodes());
   KepDOMElement second = e.set(tag("Group"));
   EXPECT_EQ(body(second), body(e.get("Group", 1))) << "set(name) always appends";
   EXPECT_TRUE(e.set(KepString("")).isNull());
-  EXPECT_TRUE(e.set(0).isNull());
   e.set("Name", KepString("first"));
-  EXPECT_EQ(text(e.getString("Name")), "first");
   EXPECT_EQ(text(e.getString(tag("Name"))), "first");
   EXPECT_TRUE(e.getString("Missing").isNull());
   // set(element) replaces the first child of the element's name.
