@@ -73,10 +73,6 @@ TEST(CalendarVsGlibc, WeekdayDayOfYearIsoWeekMonthAndNthWeekdayOfEveryDay) {
     for (int week = nth == 1 ? 0 : nth; week <= (d.day + 7 > length ? 6 : nth); ++week)
       ASSERT_EQ(__KepDateDoFormula(d.month + 1, d.year, tm.tm_wday, week), d.day) << week;
   }
-  for (int year : {1900, 2000, 2100, 2400}) {  // the century rules, also outside the range
-    _KepDateTime feb = datim(year, 1, 1);
-    EXPECT_EQ(_KepDateLastDayofMonth(&feb), monthLength(year, 1)) << year;
-  }
 }
 
 TEST(CalendarVsGlibc, ZonesConvertLikeLocaltimeAwayFromTransitions) {
@@ -157,10 +153,8 @@ TEST(CalendarVsGlibc, PeriodBoundsWithoutAndWithZone) {
   };
   Bound const bounds[] = {
       {"BeginYesterday", _KepDateBeginYesterday, [](std::tm& t) { t.tm_mday -= 1; }, 1},
-      {"EndYesterday", _KepDateEndYesterday, [](std::tm&) {}, 0},
       {"BeginToday", _KepDateBeginToday, [](std::tm&) {}, 1},
       {"EndToday", _KepDateEndToday, [](std::tm& t) { t.tm_mday += 1; }, 0},
-      {"BeginTomorrow", _KepDateBeginTomorrow, [](std::tm& t) { t.tm_mday += 1; }, 1},
       {"EndTomorrow", _KepDateEndTomorrow, [](std::tm& t) { t.tm_mday += 2; }, 0},
       {"BeginWeek", _KepDateBeginWeek, [](std::tm& t) { t.tm_mday -= t.tm_wday; }, 1},
       {"EndWeek", _KepDateEndWeek, [](std::tm& t) { t.tm_mday += 7 - t.tm_wday; }, 0},
