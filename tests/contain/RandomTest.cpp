@@ -27,7 +27,7 @@ TEST(Random, SeedsAreFoldedIntoRangeAndSequencesMatchTheDirectProduct) {
   for (Case c : {Case{0, 2147483646}, Case{INT_MAX, 1}, Case{-5, 2147483641},
                  Case{-2147483646, 2147483646},  // folds to 0, then again
                  Case{INT_MIN, 2147483644},      // needs two folds
-                 Case{1, 1}, Case{65536, 65536}, Case{123456789, 123456789}}) {
+                 Case{1, 1}, Case{123456789, 123456789}}) {
     _KepRandomGenerator g = seeded(c.seed);
     EXPECT_EQ(g.seed, c.folded) << c.seed;
     int64_t expected = c.folded;
