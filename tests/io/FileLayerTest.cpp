@@ -9,7 +9,6 @@
 
 #include <chrono>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "io/IOTestUtil.h"
@@ -146,18 +145,7 @@ TEST(FileLayerReadWrite, FailingReadsAreTriedTenTimesWithAPause) {
   EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, sizeof buffer, buffer, &count), KEP_IO_SHARING);
   EXPECT_GE(Clock::now() - start, milliseconds(9 * 30)) << "nine pauses between ten tries";
   EXPECT_EQ(count, 0u);
-
-  // Bytes that come while the read is still trying are read (longer pauses
-  // leave a busy machine time to run the writer).
-  _KepIOSetReadRetryPause(100);
-  std::thread late([writer] {
-    std::this_thread::sleep_for(milliseconds(40));
-    EXPECT_EQ(write(writer, "late", 4), 4);
-  });
-  EXPECT_EQ(_KepIORead(&file, KEP_IO_CURRENT, sizeof buffer, buffer, &count), KEP_IO_SHORT_READ);
-  EXPECT_EQ(std::string(buffer, count), "late");
-  late.join();
-  EXPECT_EQ(_KepIOSetReadRetryPause(previous), 100u);
+  EXPECT_EQ(_KepIOSetReadRetryPause(previous), 30u);
   EXPECT_EQ(_KepIOClose(&file), 0u);
   close(writer);
 }
@@ -226,8 +214,6 @@ TEST(FileLayerPaths, DeleteExistAttributesAndFileTimes) {
   unsigned long zoned = 0;
   _KepDateDate2Secs(&date, &zoned, zone);
   ASSERT_NE(zoned, stamp);
-  EXPECT_EQ(_KepIOGetFileGMTVAL(path.c_str(), zone, &value), 0u);
-  EXPECT_EQ(value, zoned);
   EXPECT_EQ(_KepIOSetFileGMTVAL(path.c_str(), zone, stamp), 0u);
   EXPECT_EQ(mtimeOf(path), static_cast<long>(zoned));
   _KepMMTestFree(zone);
