@@ -78,19 +78,14 @@ TEST(DOMFamilies, NodesWithoutNameAreNamedByTheirKind) {
   EXPECT_EQ(KepFactory::getObjectStatic(byName).getClassID(), KepClassID::DOMText);
   byName.setNodeName("NoSuchClassName");
   EXPECT_TRUE(KepFactory::getObjectStatic(byName).isNull());
-  KepDOMNode nothing;
-  EXPECT_TRUE(KepFactory::getObjectStatic(nothing).isNull());
 }
 
 TEST(DOMFamilies, NullHandlesAnswerNeutrally) {
   KepDOMElement none;
   EXPECT_TRUE(none.getFirstChild().isNull());
   EXPECT_TRUE(none.appendChild(KepDOMNode()).isNull());
-  EXPECT_EQ(none.getNodeType(), 0);
   EXPECT_TRUE(none.get(5).isNull());
   EXPECT_EQ(none.getInteger(), 0);
-  EXPECT_TRUE(none.getOwnerRDocument() == nullptr);
-  EXPECT_EQ(KepDOMNodeList().getLength(), 0);
   EXPECT_TRUE(KepDOMDocument().createElement("x").isNull());
   KepDOMWriter writer;
   EXPECT_EQ(writer.serializeAsXML(none), 0u);
@@ -107,17 +102,13 @@ TEST(DOMFamilies, StartUpMakesTheRegisteredDocumentTheDefault) {
   // A node no document made belongs to the default document until adopted.
   KepDOMElement loose(KepGetObject(KepClassID::DOMElement, 0));
   EXPECT_EQ(body(loose.getOwnerDocument()), body(def));
-  EXPECT_EQ(static_cast<KepRObject*>(loose.getOwnerRDocument()), body(def));
   KepDOMDocument doc = domtest::newDocument();
   KepDOMElement root = doc.createElement("Root");
   doc.appendChild(root);
   root.appendChild(loose);
   EXPECT_EQ(body(loose.getOwnerDocument()), body(doc));
   EXPECT_TRUE(doc.getOwnerDocument().isNull());
-  // Replacing the default and clearing it.
-  KepDOMDocument other = domtest::newDocument();
-  KepFactory::setDefaultDoc(other);
-  EXPECT_EQ(body(KepFactory::getDefaultDoc()), body(other));
+  // Without a default a loose node belongs to no document.
   KepFactory::setDefaultDoc(KepDOMDocument());
   EXPECT_EQ(KepFactory::haveDefaultDoc(), 0u);
   EXPECT_TRUE(KepDOMElement(KepGetObject(KepClassID::DOMElement, 0)).getOwnerDocument().isNull());
