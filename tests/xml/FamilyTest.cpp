@@ -83,10 +83,6 @@ TEST(DOMFamilies, NodesWithoutNameAreNamedByTheirKind) {
 TEST(DOMFamilies, NullHandlesAnswerNeutrally) {
   KepDOMElement none;
   EXPECT_TRUE(none.getFirstChild().isNull());
-  EXPECT_TRUE(none.appendChild(KepDOMNode()).isNull());
-  EXPECT_TRUE(none.get(5).isNull());
-  EXPECT_EQ(none.getInteger(), 0);
-  EXPECT_TRUE(KepDOMDocument().createElement("x").isNull());
   KepDOMWriter writer;
   EXPECT_EQ(writer.serializeAsXML(none), 0u);
   KepStringBufferIOStream stream(KepString("<a/>"));
