@@ -287,7 +287,6 @@ TEST_F(DOMWriter, HooksMayPrintOtherNodesInPlaceAndOuterObjectsHaveHooks) {
   EXPECT_EQ(xml(fill(adopt(nesting, "N"), {el("Hidden")})),
             "<N><x:Other xmlns:x=\"urn:x\">1&amp;2</x:Other></N>");
 
-
   // Outer objects in the tree receive the hook too.
   KepDOMElement outer(*new OuterElement());
   ASSERT_FALSE(outer.isNull());
@@ -376,7 +375,6 @@ TEST_F(DOMWriter, LargeOutputReachesTheStreamInBigBlocks) {
     EXPECT_GE(capture->calls[i], 32 * 1024) << "write " << i << " is small";
   }
 }
-
 
 TEST_F(DOMWriter, ConcurrentWritersOnASharedTreeAgree) {
   KepDOMElement root = values();
