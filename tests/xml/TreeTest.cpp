@@ -182,7 +182,7 @@ TEST(DOMTree, ANodeOfAnotherDocumentIsAdoptedWithItsSubtree) {
   root.appendChild(branch);
   EXPECT_TRUE(checkTree(one, one)) << "the subtree belongs to `one` now";
   EXPECT_EQ(body(branch.getAttributeNode("kind").getOwnerDocument()), body(one));
-  // The node stays in its new document when taken out again.
+  // Adopting takes a node from its parent, with its subtree.
   root.removeChild(branch);
   EXPECT_EQ(body(two.adoptNode(leaf)), body(leaf));
   EXPECT_TRUE(leaf.getParentNode().isNull());
