@@ -94,7 +94,6 @@ TEST_F(DOMValues, CachedValuesConvertBetweenTypes) {
   EXPECT_EQ(f.getFloat(), 0.1f);
   EXPECT_EQ(text(f.getString()), "0.100000001");
   // Floating values above 2^63 wrap as unsigned ones.
-  EXPECT_EQ(e.set("huge", 18446744073709551615.0L).getLong(), -1);
   EXPECT_EQ(e.set("h63", 9223372036854775808.0L).getLong(), LONG_MIN);
   EXPECT_EQ(e.set("neg", -3.9L).getLong(), -3);
   EXPECT_EQ(e.set("beyond", 1e300L * 1e300L).getLong(), -1) << "beyond 2^64 stops at the end";
