@@ -76,11 +76,10 @@ TEST(ObjectModel, CountsFollowCopiesMovesAndBridgesAndTheLastReleaseDeletes) {
       EXPECT_EQ(body->getRefCount(), 4);
     }
     EXPECT_EQ(body->getRefCount(), 1);
-    KepObject* heap = a.newBridge();
+    KepObject const* heap = a.newBridge();
     EXPECT_EQ(body->getRefCount(), 2);
-    KepObject const* constHeap = heap;
-    KepFactory::freeBridge(constHeap);
-    EXPECT_EQ(constHeap, nullptr);
+    KepFactory::freeBridge(heap);
+    EXPECT_EQ(heap, nullptr);
     EXPECT_EQ(body->getRefCount(), 1);
     // Assignment releases the old body, here its last reference, and shares the new.
     KepObject other(new CountedBody);

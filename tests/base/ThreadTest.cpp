@@ -80,7 +80,6 @@ TEST(ThreadObject, WithoutTheLibraryThereIsNoTableAndNullHandlesAnswerNeutrally)
   KepProcess::_addThreadToArray(none);  // ignored
   EXPECT_EQ(_KepThreadTableCount(), 0);
   KepProcess::destroyThread(none);  // nothing to do
-  EXPECT_EQ(KepRunnable().run(), 0);
 }
 
 TEST_F(Threads, ForeignThreadsAreAdoptedWithAFreshThreadObject) {
