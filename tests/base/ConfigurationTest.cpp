@@ -2,7 +2,10 @@
 // process configuration that start-up loads.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "kep/Kep.h"
 #include "support/KepLogCapture.h"
@@ -77,6 +80,26 @@ TEST_F(ConfigurationTest, AFailedLoadLeavesItEmptyAndSaysWhy) {
   EXPECT_EQ(c.load(KepString()), 0u);
 }
 
+TEST_F(ConfigurationTest, ReaderThreadsSeeWholeTreesWhileItIsReloaded) {
+  KepString first = write("first.xml", "<C><Value>1</Value></C>");
+  KepString second = write("second.xml", "<C><Value>2</Value></C>");
+  ASSERT_EQ(c.load(first), 1u);
+  std::atomic<bool> stop{false};
+  std::atomic<int> torn{0};
+  std::vector<std::thread> readers;
+  for (int t = 0; t < 3; ++t) {
+    readers.emplace_back([&] {
+      while (!stop.load()) torn += KepConfiguration(c).getInteger(KepString("Value"), 0) == 0;
+    });
+  }
+  for (int i = 0; i < (keptest::kSanitized ? 20 : 200); ++i) {
+    EXPECT_EQ(c.load(i % 2 ? first : second), 1u);
+  }
+  stop.store(true);
+  for (auto& r : readers) r.join();
+  EXPECT_EQ(torn.load(), 0) << "a reader saw a configuration between two loads";
+}
+
 // Start-up loads the file named by Kep::init's third argument into the process
 // configuration; the last destroy drops it.
 TEST(ProcessConfiguration, StartUpLoadsTheNamedFileAndTheLastDestroyDropsIt) {
@@ -94,6 +117,15 @@ TEST(ProcessConfiguration, StartUpLoadsTheNamedFileAndTheLastDestroyDropsIt) {
   Kep::destroy();
   EXPECT_TRUE(KepProcess::getConfiguration().isNull()) << "dropped by the last destroy";
   EXPECT_EQ(c.isLoaded(), 1u) << "a handle kept by the host keeps its tree until it goes";
+
+  // A malformed file leaves the configuration empty and start-up goes on.
+  keptest::writeFile(path, "<Settings><Logger></Settings>");
+  keptest::LogCapture log;
+  Kep::init(0, 1, path.data());
+  EXPECT_EQ(KepProcess::getConfiguration().isLoaded(), 0u);
+  EXPECT_FALSE(KepGetObject(KepClassID::String, 0).isNull()) << "start-up went on";
+  EXPECT_TRUE(log.contains("Configuration " + path + " is not well-formed"));
+  Kep::destroy();
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <thread>
+#include <vector>
 
 #include "kep/Kep.h"
 #include "support/KepTestSupport.h"
@@ -98,6 +100,24 @@ TEST(FactoryFallback, UnknownIdsGiveNullAndTheRootIdAPlainObjectWithOrWithoutIni
     EXPECT_EQ(plain.getService(), 9);
     if (up) Kep::destroy();
   }
+}
+
+TEST_F(Factory, ConcurrentRequestsAndRegistrationsAreSerialised) {
+  KepFactory::registerInternalClass(kClassA, KepObject::newObject(), new CountedBody);
+  std::vector<std::thread> threads;
+  std::atomic<int> made{0};
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t, &made] {
+      int own = 0x4f0300 + t;
+      for (int i = 0; i < 200; ++i) {
+        if (!KepGetObject(kClassA, 0).isNull()) ++made;
+        KepFactory::registerInternalClass(own, KepObject::newObject(), new CountedBody);
+        KepFactory::unregisterClass(own);
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+  EXPECT_EQ(made.load(), 800);
 }
 
 TEST(FactoryLifetime, LastDestroyFreesEverythingStillRegistered) {
