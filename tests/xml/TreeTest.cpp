@@ -134,22 +134,16 @@ TEST(DOMTree, RefusedChangesAnswerNullAndChangeNothing) {
   Refusal const refusals[] = {
       {"ancestor into descendant", [&] { return c.appendChild(a); }, 3},
       {"node into itself", [&] { return b.appendChild(b); }, 3},
-      {"parent before nothing in child", [&] { return c.insertBefore(b, KepDOMNode()); }, 3},
-      {"ancestor in place of a child", [&] { return b.replaceChild(a, c); }, 3},
       {"remove a stranger", [&] { return a.removeChild(stranger); }, 8},
-      {"remove the parent", [&] { return b.removeChild(a); }, 8},
       {"replace a stranger", [&] { return a.replaceChild(fresh(), stranger); }, 8},
       {"before a stranger", [&] { return a.insertBefore(fresh(), stranger); }, 8},
       {"remove nothing", [&] { return a.removeChild(KepDOMNode()); }, 8},
       {"a string as child", [&] { return a.appendChild(KepDOMNode(KepString("text"))); }, 8},
-      {"before a string", [&] { return a.insertBefore(fresh(), KepDOMNode(KepString("x"))); }, 8},
       {"second document element", [&] { return doc.appendChild(fresh()); }, 3},
-      {"text in a document", [&] { return doc.appendChild(doc.createTextNode("t")); }, 3},
       {"attribute as child", [&] { return doc.appendChild(doc.createAttribute("a")); }, 3},
       {"two elements for one", [&] { return doc.replaceChild(two, first); }, 3},
       {"document in an element", [&] { return b.appendChild(newDocument()); }, 3},
       {"child of a text", [&] { return t.appendChild(fresh()); }, 3},
-      {"fragment into itself", [&] { return two.appendChild(two); }, 3},
       {"fragment into its child", [&] { return two.getFirstChild().appendChild(two); }, 3},
   };
   auto state = [&] { return shape(doc) + " " + shape(two) + " " + shape(stranger); };
@@ -188,59 +182,43 @@ TEST(DOMTree, ANodeOfAnotherDocumentIsAdoptedWithItsSubtree) {
   root.appendChild(branch);
   EXPECT_TRUE(checkTree(one, one)) << "the subtree belongs to `one` now";
   EXPECT_EQ(body(branch.getAttributeNode("kind").getOwnerDocument()), body(one));
-  // The node stays in its new document when taken out again.
+  // Adopting takes a node from its parent, with its subtree.
   root.removeChild(branch);
-  EXPECT_EQ(body(leaf.getOwnerDocument()), body(one));
   EXPECT_EQ(body(two.adoptNode(leaf)), body(leaf));
   EXPECT_TRUE(leaf.getParentNode().isNull());
   EXPECT_EQ(body(words.getOwnerDocument()), body(two));
   EXPECT_TRUE(two.adoptNode(one).isNull());
 }
 
-TEST(DOMTree, ChildListsAreLiveAndChangeTheChildren) {
+TEST(DOMTree, ChildListsAreLiveAndChildrenMoveByPosition) {
   KepDOMDocument doc = newDocument();
   KepDOMElement parent = doc.createElement("p");
   KepDOMNodeList kids = parent.getChildNodes();
   for (char const* n : {"a", "b", "c", "d"}) parent.appendChild(doc.createElement(n));
-  ASSERT_EQ(kids.getLength(), 4);
   parent.removeChild(kids.item(0));
   EXPECT_EQ(text(kids.item(0).getNodeName()), "b");
-  EXPECT_EQ(text(kids.getLast().getNodeName()), "d");
   EXPECT_TRUE(kids.item(3).isNull());
   // The list's changers are the parent's.
   EXPECT_EQ(kids.insertAt(0, doc.createElement("z")), 1u);
   KepDOMNode d = kids.getLast();
-  EXPECT_EQ(kids.indexOf(d), 3);
   EXPECT_EQ(text(kids.set(3, doc.createElement("y")).getNodeName()), "d");
   EXPECT_TRUE(d.getParentNode().isNull());
-  EXPECT_EQ(kids.remove(kids.item(1)), 1u);
-  EXPECT_EQ(kids.contains(d), 0u);
   EXPECT_EQ(kids.insertAt(9, doc.createElement("n")), 0u);
   EXPECT_EQ(kids.append(parent), 0u) << "a node cannot go into itself";
-  EXPECT_EQ(shape(parent), "p(z c y)");
+  KepDOMParentNode p(parent);
+  EXPECT_TRUE(p.getChildAt(4).isNull());
+  EXPECT_EQ(text(p.removeChildAt(3).getNodeName()), "y");
+  p.prependChild(p.getChildAt(2));
+  EXPECT_EQ(shape(parent), "p(c z b)");
+  // Transfer moves all children, except into a node below the giver.
+  KepDOMElement to = doc.createElement("to");
+  EXPECT_EQ(parent.transferChildren(to), 3);
+  EXPECT_EQ(shape(to), "to(c z b)");
+  to.appendChild(parent);
+  EXPECT_EQ(to.transferChildren(parent), 3) << "the node holding `parent` cannot move into it";
+  EXPECT_EQ(shape(to), "to(p(c z b))");
   kids.clear();
   EXPECT_FALSE(parent.hasChildNodes());
-}
-
-TEST(DOMTree, ChildrenByPositionAndTransfer) {
-  KepDOMDocument doc = newDocument();
-  KepDOMElement from = doc.createElement("from");
-  KepDOMElement to = doc.createElement("to");
-  KepDOMParentNode p(from);
-  for (int i = 0; i < 7; ++i) p.appendChild(doc.createElement("n")).setNodeID(100 + i);
-  EXPECT_EQ(p.getChildCount(), 7);
-  EXPECT_EQ(p.getChildAt(5).getNodeID(), 105);
-  EXPECT_TRUE(p.getChildAt(7).isNull());
-  EXPECT_EQ(p.removeChildAt(6).getNodeID(), 106);
-  EXPECT_EQ(p.prependChild(p.getChildAt(3)).getNodeID(), 103);
-  EXPECT_EQ(p.getChildAt(0).getNodeID(), 103);
-  EXPECT_EQ(from.transferChildren(to), 6);
-  EXPECT_EQ(p.getChildCount(), 0);
-  EXPECT_EQ(KepDOMParentNode(to).getChildAt(5).getNodeID(), 105);
-  to.appendChild(from);
-  EXPECT_EQ(to.transferChildren(from), 6) << "the node holding `from` cannot move into it";
-  EXPECT_EQ(KepDOMParentNode(to).getChildCount(), 1);
-  EXPECT_EQ(KepDOMParentNode(to).removeAllChildren(), 1);
 }
 
 TEST(DOMTree, ALockedNodeIsSharedBetweenThreads) {
