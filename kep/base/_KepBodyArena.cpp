@@ -120,10 +120,7 @@ void* _KepBodyArena::allocateElsewhere(std::size_t size) {
   if (size > kLargestPlaced) return nullptr;
   madeBytes += size;
   if (madeBytes <= kHeapBytes || !open(size)) return nullptr;
-  void* memory = next;
-  next += size;
-  ++placedInChunk;
-  return memory;
+  return take(size);
 }
 
 bool _KepBodyArena::open(std::size_t size) {

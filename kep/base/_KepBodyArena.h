@@ -62,10 +62,7 @@ class KEP_API _KepBodyArena {
       return allocateElsewhere(size);
     }
     madeBytes += size;
-    void* memory = next;
-    next += size;
-    ++placedInChunk;
-    return memory;
+    return take(size);
   }
   // Marks a body constructed in memory that allocate() gave.
   static void placed(KepRObject* body) noexcept { body->placement = KepRObject::kPlacedInArena; }
@@ -87,6 +84,13 @@ class KEP_API _KepBodyArena {
   // allocate() for a `size` (rounded) that is too large for a chunk or does
   // not fit in the current one.
   void* allocateElsewhere(std::size_t size);
+  // The next `size` bytes of the current chunk, which has room for them.
+  void* take(std::size_t size) noexcept {
+    void* memory = next;
+    next += size;
+    ++placedInChunk;
+    return memory;
+  }
   // Gives up the current chunk: its count no longer includes the arena's hold.
   void close() noexcept;
   // Opens a new chunk of at least `size` free bytes; false when none was had.
